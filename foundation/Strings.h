@@ -1,0 +1,15 @@
+// Case mapping and comparison of whole strings.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace halden {
+
+/// `string` in lower case, by the root locale's full mapping.
+[[nodiscard]] std::u16string lowercaseString(std::u16string_view string);
+
+/// Whether the strings are equal ignoring case (full default case folding).
+[[nodiscard]] bool isEqualToStringNoCase(std::u16string_view a, std::u16string_view b);
+
+}  // namespace halden
