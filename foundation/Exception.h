@@ -38,14 +38,14 @@ private:
 void logCaughtException(std::string_view selector, std::string_view receiverClass) noexcept;
 
 /// Runs `body` and returns its result; when it throws any C++ exception, `fallback` is returned instead and nothing is
-/// logged. A forced unwind (thread cancellation) passes through.
+/// logged. A forced unwind (thread cancellation) and exceptions of other runtimes pass through.
 template <class Body, class Result>
 Result guarded(Body&& body, Result fallback) {
     try {
         return body();
-    } catch (abi::__forced_unwind&) {
-        throw;
     } catch (...) {
+        // Only C++ exceptions have a type: what has none is a forced unwind or comes from another runtime.
+        if (abi::__cxa_current_exception_type() == nullptr) throw;
         return fallback;
     }
 }
