@@ -111,3 +111,15 @@ function(quarry_fuzz_target name)
   target_link_options(fuzz_${name} PRIVATE -fsanitize=fuzzer)
   set_target_properties(fuzz_${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/fuzz)
 endfunction()
+
+# quarry_benchmark(NAME SOURCES file... LINK library... [DEFINES definition...])
+#
+# A Google Benchmark program `bench_NAME` in benchmarks/ of the build tree, where benchmarks/compare finds it.
+function(quarry_benchmark name)
+  cmake_parse_arguments(arg "" "" "SOURCES;LINK;DEFINES" ${ARGN})
+  add_executable(bench_${name} ${arg_SOURCES})
+  quarry_target_defaults(bench_${name})
+  target_compile_definitions(bench_${name} PRIVATE QUARRY_BUILD_PREFIX="${CMAKE_BINARY_DIR}" ${arg_DEFINES})
+  target_link_libraries(bench_${name} PRIVATE ${arg_LINK} benchmark::benchmark)
+  set_target_properties(bench_${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/benchmarks)
+endfunction()
