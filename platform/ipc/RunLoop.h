@@ -1,0 +1,32 @@
+// The run loop of a thread.
+#pragma once
+
+using GMainContext = struct _GMainContext;
+
+namespace halden {
+
+/// The GLib main context of the current thread (its thread-default one, else the process's default one), as something
+/// that runs. Requests of a `Connection` are dispatched by the thread that runs the default one.
+class RunLoop {
+public:
+    [[nodiscard]] static RunLoop currentRunLoop() noexcept;
+
+    /// Runs until `stop` is called. May be entered again, and from within itself.
+    void run();
+
+    /// Runs for `seconds`, not less: sources are dispatched as they become ready, and otherwise the thread sleeps. With
+    /// 0 or less, what is ready already is dispatched once.
+    void runForTimeInterval(double seconds);
+
+    /// Makes the innermost `run` of this loop return; callable from any thread, and from a dispatched source. Has no
+    /// effect on `runForTimeInterval`, nor on a `run` that has not begun.
+    void stop();
+
+    [[nodiscard]] GMainContext* context() const noexcept { return context_; }
+
+private:
+    explicit RunLoop(GMainContext* context) noexcept : context_(context) {}
+    GMainContext* context_;
+};
+
+}  // namespace halden
