@@ -129,6 +129,7 @@ public:
         XML_SetElementHandler(parser, &Reader::onStart, &Reader::onEnd);
         XML_SetCharacterDataHandler(parser, &Reader::onCharacters);
         XML_SetSkippedEntityHandler(parser, &Reader::onSkippedEntity);
+        XML_SetExternalEntityRefHandler(parser, &Reader::onExternalEntity);
         XML_SetEntityDeclHandler(parser, &Reader::onEntityDeclaration);
     }
 
@@ -182,6 +183,12 @@ private:
     }
     static void XMLCALL onSkippedEntity(void* self, const XML_Char*, int) {
         handle(self, [](Reader& reader) { reader.fail("an entity that is not declared"); });
+    }
+    static int XMLCALL onExternalEntity(XML_Parser parser, const XML_Char*, const XML_Char*, const XML_Char*,
+                                        const XML_Char*) {
+        // Without a handler expat would leave the entity out without a word.
+        handle(XML_GetUserData(parser), [](Reader& reader) { reader.fail("an entity outside the data"); });
+        return XML_STATUS_ERROR;
     }
     static void XMLCALL onEntityDeclaration(void* self, const XML_Char*, int, const XML_Char*, int, const XML_Char*,
                                             const XML_Char*, const XML_Char*, const XML_Char*) {
