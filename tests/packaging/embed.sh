@@ -1,0 +1,34 @@
+#!/usr/bin/env bash
+# Builds the application of examples/embed against the installation, once with find_package and once with pkg-config,
+# runs it, and looks at what it links.
+. "$(dirname "$0")/common.sh"
+
+work=$scratch/embed
+rm -rf "$work"
+mkdir -p "$work"
+cp -r "$source_dir/examples/embed" "$work/source"
+
+cmake -S "$work/source" -B "$work/build" -G Ninja -DCMAKE_PREFIX_PATH="$prefix" > "$work/log" 2>&1 &&
+  cmake --build "$work/build" >> "$work/log" 2>&1 || { cat "$work/log"; fail "find_package"; }
+
+export PKG_CONFIG_PATH=$prefix/lib/pkgconfig
+helper=$(pkg-config --variable=helper quarry-client)
+[ "$(readlink -f "$helper")" = "$(readlink -f "$prefix/libexec/quarry/quarry-helper")" ] || fail "helper=$helper"
+# shellcheck disable=SC2046
+g++ -std=c++20 -DQUARRY_HELPER="\"$helper\"" "$work/source/titles.cpp" -o "$work/with-pkg-config" \
+  $(pkg-config --cflags --libs quarry-client) || fail "pkg-config"
+
+for program in "$work/build/titles" "$work/with-pkg-config"; do
+  output=$("$program" "$scratch/report.pdf")
+  [[ $output == *"Yearly report"* && $output == *"Wool and water"* ]] || fail "$program says: $output"
+done
+
+# What an application gets by linking the client: the GLib family (LGPL-2.1+), ICU (Unicode licence), and the compiler's
+# and the C library's run-time (GPL with the run-time exception, LGPL-2.1+). A new name here needs a look at its licence.
+allowed='lib(glib-2\.0|gobject-2\.0|gio-2\.0|gmodule-2\.0|icuuc|icudata|stdc\+\+|gcc_s|c|m|pthread)\.so|ld-linux'
+linked=$(readelf -d "$work/build/titles" | sed -n 's/.*(NEEDED).*\[\(.*\)\]/\1/p')
+others=$(grep -Ev "$allowed" <<<"$linked" || true)
+[ -z "$others" ] || fail "the client links: $others"
+if nm -C "$prefix"/lib/libquarry_*.a 2>/dev/null | grep -qE ' (fz|pdf)_[a-z]'; then
+  fail "a library for applications holds parts of the PDF engine"
+fi

@@ -1,0 +1,28 @@
+#!/usr/bin/env bash
+# Installs into an empty prefix, and runs the command from there.
+. "$(dirname "$0")/common.sh"
+
+rm -rf "$scratch"
+mkdir -p "$scratch"
+cmake --install "$build" --prefix "$prefix" > "$scratch/install.log"
+make_pdf "$scratch/report.pdf"
+
+for file in bin/quarry libexec/quarry/quarry-helper libexec/quarry/mdimport libexec/quarry/quarry-pdf.so \
+            lib/libquarry_client.a lib/libquarry_foundation.a include/quarry/client/HelperTask.h \
+            include/quarry/foundation/Value.h include/quarry/platform/ipc/HaldenImExport.h share/man/man1/quarry.1 \
+            share/bash-completion/completions/quarry share/zsh/site-functions/_quarry share/doc/quarry/copyright; do
+  [ -e "$prefix/$file" ] || fail "not installed: $file"
+done
+
+# Nothing may point back at the tree it was built in.
+if grep -rlF -e "$build" -e "$source_dir" "$prefix" --include='*.cmake' --include='*.pc' --include='*.h' > "$scratch/leaks"; then
+  fail "paths of the build in: $(cat "$scratch/leaks")"
+fi
+
+# The man page has no mistakes that groff sees, and the shell accepts the completion.
+mistakes=$(man --warnings -l "$prefix/share/man/man1/quarry.1" 2>&1 > /dev/null) || fail "man: $mistakes"
+[ -z "$mistakes" ] || fail "man: $mistakes"
+bash -n "$prefix/share/bash-completion/completions/quarry" || fail "bash completion"
+
+expect_metadata "$("$prefix/bin/quarry" metadata "$scratch/report.pdf")"
+"$prefix/bin/quarry" importers | grep -qF "$prefix/lib/quarry/Spotlight/" || fail "importers of another prefix"

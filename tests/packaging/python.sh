@@ -1,0 +1,14 @@
+#!/usr/bin/env bash
+# Calls an installed helper from Python, over D-Bus alone.
+. "$(dirname "$0")/common.sh"
+
+/usr/bin/python3 -c 'from gi.repository import Gio' || fail "python3-gi is missing"
+call() { /usr/bin/python3 "$source_dir/examples/python/metadata.py" "$prefix/libexec/quarry/quarry-helper" "$@"; }
+
+expect_metadata "$(call "$scratch/report.pdf")"
+
+# A name that is no UTF-8, and a text large enough to travel in a memory file.
+name=$scratch/$'caf\xe9.txt'
+/usr/bin/python3 -c 'print("wool and water " * 200000)' > "$name"
+output=$(call "$name")
+[ "$(grep -o 'wool and water' <<<"$output" | wc -l)" -eq 200000 ] || fail "the large text did not arrive whole"

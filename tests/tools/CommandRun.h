@@ -1,0 +1,60 @@
+// Runs the built command as a user would, in surroundings of its own.
+#pragma once
+
+#include <sys/types.h>
+
+#include <filesystem>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace quarry::tests {
+
+/// How a command ended and what it wrote.
+struct Outcome {
+    int status = -1;  ///< exit status; 128 + N when signal N ended it
+    std::string out;
+    std::string error;
+};
+
+/// A folder with a runtime folder and a data folder in it, which the commands run with; removed with the object.
+class Surroundings {
+public:
+    Surroundings();
+    ~Surroundings();
+    Surroundings(const Surroundings&) = delete;
+    Surroundings& operator=(const Surroundings&) = delete;
+
+    [[nodiscard]] const std::filesystem::path& folder() const noexcept { return folder_; }
+    /// What the commands take for $XDG_RUNTIME_DIR.
+    [[nodiscard]] std::filesystem::path runtimeFolder() const { return folder_ / "run"; }
+
+    /// Writes a file into the folder and returns its path.
+    std::string write(const std::string& name, const std::string& contents) const;
+
+    /// Makes an importer bundle of the tests one of the user's importers.
+    void addImporter(const std::string& name) const;
+
+    void setVariable(const std::string& name, const std::string& value) { variables_[name] = value; }
+
+    /// Starts `quarry ARGUMENTS` in the folder and returns its process.
+    [[nodiscard]] pid_t start(const std::vector<std::string>& arguments, int output, int error) const;
+    /// Runs it to its end.
+    [[nodiscard]] Outcome run(const std::vector<std::string>& arguments) const;
+
+    /// Processes that run in these surroundings.
+    [[nodiscard]] std::vector<pid_t> processes() const;
+    /// Waits, 10 s at most, until there are `count` such processes at least (or, with 0, none at all).
+    [[nodiscard]] bool waitForProcesses(std::size_t count) const;
+    /// What is left in the runtime folder.
+    [[nodiscard]] std::vector<std::string> runtimeFiles() const;
+
+private:
+    std::filesystem::path folder_;
+    std::map<std::string, std::string> variables_;
+};
+
+/// The status of a process that ended, as in `Outcome`.
+[[nodiscard]] int waitForEnd(pid_t process);
+
+}  // namespace quarry::tests

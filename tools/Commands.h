@@ -1,0 +1,14 @@
+// The subcommands. Each prints its results and says how it ended.
+#pragma once
+
+#include "tools/Arguments.h"
+#include "tools/Output.h"
+
+namespace quarry::tools {
+
+Status metadataCommand(const Invocation& invocation);
+Status supportsCommand(const Invocation& invocation);
+Status importersCommand(const Invocation& invocation);
+Status doctorCommand(const Invocation& invocation);
+
+}  // namespace quarry::tools

@@ -1,0 +1,65 @@
+// The helper of one command: launched when it is needed, replaced when it fails.
+#pragma once
+
+#include "client/HelperTask.h"
+#include "platform/ipc/ConnectionException.h"
+#include "platform/ipc/HaldenImExport.h"
+#include "tools/Arguments.h"
+#include "tools/MemoryWatch.h"
+
+#include <memory>
+#include <string>
+#include <type_traits>
+#include <variant>
+
+namespace quarry::tools {
+
+/// Why a request has no result, to follow the name of the file: "the helper crashed".
+struct HelperFailure {
+    std::string explanation;
+};
+
+/// PREFIX/libexec/quarry/NAME of the prefix that this program runs from.
+[[nodiscard]] std::string libexecPath(std::string_view name);
+
+/// Launches helpers, asks them, and ends them. Used by one thread.
+class HelperSession {
+public:
+    /// `registryFolder` empty: the user's, where somebody else's helper may serve.
+    HelperSession(const DocumentOptions& options, const std::string& registryFolder);
+    /// Ends a helper that this session launched.
+    ~HelperSession();
+    HelperSession(const HelperSession&) = delete;
+    HelperSession& operator=(const HelperSession&) = delete;
+
+    /// What `request` returns when it is given the proxy of a helper. A helper that failed is gone afterwards, and the
+    /// next request gets a new one.
+    template <class Request>
+    auto ask(Request request)
+        -> std::variant<std::invoke_result_t<Request, halden::HaldenImExportProxy&>, HelperFailure> {
+        try {
+            if (!connect()) {
+                return HelperFailure{connectionError_};
+            }
+            halden::HaldenImExportProxy proxy(rootProxy_);
+            return request(proxy);
+        } catch (const halden::ConnectionException& exception) {
+            return afterFailure(exception);
+        }
+    }
+
+private:
+    [[nodiscard]] bool connect();
+    [[nodiscard]] HelperFailure afterFailure(const halden::ConnectionException& exception);
+    void endHelper();
+
+    DocumentOptions options_;
+    std::string helperPath_;
+    std::unique_ptr<HelperTask> task_;
+    std::shared_ptr<halden::RootProxy> rootProxy_;
+    bool launched_ = false;  // rootProxy_ is of a helper that we launched
+    std::string connectionError_;
+    MemoryWatch watch_;
+};
+
+}  // namespace quarry::tools

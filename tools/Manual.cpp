@@ -1,0 +1,134 @@
+#include "tools/Manual.h"
+
+#include <algorithm>
+#include <array>
+
+namespace quarry::tools {
+
+namespace {
+
+constexpr OptionText kHelp{"--help", "", "", "Say how to use the command, and end."};
+
+constexpr std::array kProgramOptions{
+    kHelp,
+    OptionText{"--version", "", "", "Print the version, and end."},
+};
+
+constexpr std::array kDocumentOptions{
+    OptionText{
+        "--timeout", "SECONDS", "",
+        "Give up on a file after this time, 120 seconds by default; fractions count, 0 means no limit. The helper "
+        "is killed and the next file gets a new one."},
+    OptionText{
+        "--memory", "SIZE", "",
+        "Kill the helper when its resident memory, with that of its workers, exceeds this size. SIZE is a number "
+        "of bytes, with K, M, G or T for powers of 1024: 512M, 1.5G. Looked at some twenty times a second; no "
+        "limit by default."},
+    OptionText{"--shared", "", "",
+               "Reuse the helper that is registered in your registry folder, if there is one; one that has to be "
+               "launched registers there and ends with the command. Otherwise every command has a helper and a "
+               "registry folder of its own. Not together with --memory."},
+};
+
+constexpr std::array kMetadataOptions{
+    OptionText{"--data", "FORM", "summary base64",
+               "How data appear: 'summary' (the default) as {\"bytes\": N, \"type\": TYPE}, 'base64' in full as "
+               "{\"base64\": TEXT}."},
+    kHelp,
+};
+
+constexpr std::array kHelpOnly{kHelp};
+
+constexpr std::array kImporterOptions{
+    OptionText{"--json", "", "", "Print one JSON array, an object with \"path\" and \"types\" for each importer."},
+    kHelp,
+};
+
+constexpr std::array kCommands{
+    CommandText{"metadata", "FILE...", "Print the attributes and the text of files as JSON",
+                "Prints what the importer of a file's content type reports about it: title, authors, dates, text and "
+                "whatever else it knows, one JSON object a file with the attributes in the order in which the importer "
+                "set them.\n\n"
+                "A single file gives an indented object. Several files give one line each, in the order of the "
+                "arguments. A file without result gives null, so that there is always exactly one result for each "
+                "argument. When the file could not be opened, or the helper failed on it, standard error says so; a "
+                "null without a message means that no importer had anything to report.",
+                true, kMetadataOptions},
+    CommandText{"supports", "FILE...", "Say whether an importer can read files",
+                "Prints YES when the first importer that declares the file's content type can be loaded and offers "
+                "the importer interface, else NO. Several files give one line each, the answer, a tab and the file "
+                "as it was named.",
+                true, kHelpOnly},
+    CommandText{"importers", "", "List the importers and their content types",
+                "Prints the importer table in the order in which importers are asked: the path of each bundle, and "
+                "below it, indented, the content types that it declares. No importer is loaded.",
+                false, kImporterOptions},
+    CommandText{"doctor", "", "Say what is installed, and what is missing",
+                "Looks at everything that the other commands rely on: the helper and the importer lister, the engines "
+                "with their versions, the folders of importers, the registry folder and a helper registered there, and "
+                "the features of the system. Ends with status 1 when something is missing without which documents "
+                "cannot be read.",
+                false, kHelpOnly},
+};
+
+constexpr std::array kExitStatus{
+    TermText{"0", "Every file gave a result (YES for 'supports')."},
+    TermText{"1", "A file gave none: null, NO, or it could not be opened."},
+    TermText{"2", "The command line was wrong, or the results could not be written."},
+    TermText{"3",
+             "The helper crashed, ran out of time or memory, or could not be reached. Of several files the highest "
+             "status counts; after a failure the next file gets a new helper."},
+};
+
+constexpr std::array kEnvironment{
+    TermText{"QUARRY_LOG",
+             "LEVEL[,FILE]: the least important messages that the command and its helper log (error, warning, info, "
+             "debug or none), and where to. Without a file they go to the journal, else to standard error."},
+    TermText{"QUARRY_RUNTIME_DIR",
+             "Your registry folder, where --shared looks for a helper. By default $XDG_RUNTIME_DIR/quarry, else "
+             "/run/user/UID/quarry, else /tmp/quarry-UID."},
+    TermText{"XDG_DATA_HOME",
+             "Where your own importers are: $XDG_DATA_HOME/quarry/Spotlight, by default "
+             "~/.local/share/quarry/Spotlight."},
+};
+
+constexpr std::array kFiles{
+    TermText{"PREFIX/libexec/quarry/quarry-helper", "The helper, found from the place of the command itself."},
+    TermText{"PREFIX/lib/quarry/Spotlight", "The importers that come with the system."},
+    TermText{"/opt/quarry/Spotlight", "Importers for all users of the machine."},
+};
+
+constexpr std::array kExamples{
+    TermText{"quarry metadata report.pdf", "Everything that is known about one document."},
+    TermText{"quarry metadata --timeout 10 --memory 512M *.pdf > all.jsonl",
+             "A line for each file, none of which may take long or grow large."},
+};
+
+constexpr Manual kManual{
+    "quarry",
+    "read documents through a helper process",
+    "Reads the text and the attributes of documents. The work is done by a helper process that each command starts for "
+    "itself, so that a document or an importer that crashes, hangs or grows without bound costs that one file and "
+    "nothing else. Whatever way the command ends, its helper ends with it.\n\n"
+    "File names are taken as they are, in whatever encoding; a name that begins with a dash goes after '--'.",
+    kCommands,
+    kProgramOptions,
+    kDocumentOptions,
+    kExitStatus,
+    kEnvironment,
+    kFiles,
+    kExamples,
+};
+
+}  // namespace
+
+const Manual& manual() noexcept {
+    return kManual;
+}
+
+const CommandText* findCommand(std::string_view name) noexcept {
+    const auto command = std::ranges::find(kCommands, name, &CommandText::name);
+    return command == kCommands.end() ? nullptr : command;
+}
+
+}  // namespace quarry::tools

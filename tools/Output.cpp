@@ -1,0 +1,105 @@
+#include "tools/Output.h"
+
+#include "foundation/Log.h"
+
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+
+namespace quarry::tools {
+
+namespace {
+
+bool errorIsTerminal() {
+    static const bool terminal = ::isatty(STDERR_FILENO) == 1;
+    return terminal;
+}
+
+/// Returns 0, or what went wrong.
+int writeAll(int file, std::string_view text) {
+    while (!text.empty()) {
+        const ssize_t written = ::write(file, text.data(), text.size());
+        if (written < 0 && errno != EINTR) {
+            return errno;
+        }
+        if (written > 0) {
+            text.remove_prefix(static_cast<std::size_t>(written));
+        }
+    }
+    return 0;
+}
+
+int outputError = 0;
+
+/// A progress line stands on the terminal.
+std::atomic<bool> progressVisible = false;
+
+constexpr std::string_view kEraseLine = "\r\x1b[K";
+
+}  // namespace
+
+bool print(std::string_view text) {
+    if (outputError == 0) {
+        outputError = writeAll(STDOUT_FILENO, text);
+    }
+    return outputError == 0;
+}
+
+bool finishOutput() {
+    if (outputError != 0 && outputError != EPIPE) {
+        printError(fmt::format("standard output: {}", std::strerror(outputError)));
+    }
+    return outputError == 0;
+}
+
+void printError(std::string_view message) {
+    // One write, so that lines of several processes do not mix.
+    const std::string_view start = progressVisible.exchange(false) ? kEraseLine : std::string_view();
+    writeAll(STDERR_FILENO, fmt::format("{}quarry: {}\n", start, message));
+}
+
+void printWarning(std::string_view message) {
+    if (errorIsTerminal()) {
+        printError(message);
+    }
+}
+
+void takeOverLog() {
+    if (const char* wanted = std::getenv("QUARRY_LOG"); wanted != nullptr && *wanted != '\0') {
+        return;
+    }
+    halden::setLogSink([](halden::LogLevel level, std::string_view message) {
+        if (level == halden::LogLevel::error) {
+            printError(message);
+        } else if (level == halden::LogLevel::warning) {
+            printWarning(message);
+        }
+    });
+}
+
+Progress::Progress(std::size_t total)
+    : total_(total), shown_(total > 1 && errorIsTerminal() && ::isatty(STDOUT_FILENO) == 0) {}
+
+Progress::~Progress() {
+    if (progressVisible.exchange(false)) {
+        writeAll(STDERR_FILENO, kEraseLine);
+    }
+}
+
+void Progress::show(std::size_t number, std::string_view file) {
+    if (!shown_) {
+        return;
+    }
+    constexpr std::size_t kLongest = 60;
+    const bool cut = file.size() > kLongest;
+    progressVisible = true;
+    writeAll(STDERR_FILENO, fmt::format("{}[{}/{}] {}{}", kEraseLine, number, total_, cut ? "..." : "",
+                                        cut ? file.substr(file.size() - kLongest) : file));
+}
+
+}  // namespace quarry::tools
