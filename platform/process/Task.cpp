@@ -1,0 +1,289 @@
+#include "platform/process/Task.h"
+
+#include "foundation/Exception.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <spawn.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+#include <map>
+#include <mutex>
+#include <string_view>
+
+namespace halden {
+namespace {
+
+/// Children whose task was destroyed while they ran. They are looked at whenever a task is launched or destroyed.
+class Reaper {
+public:
+    static Reaper& shared() {
+        static auto* instance = new Reaper;  // children may outlive static destruction
+        return *instance;
+    }
+    void adopt(pid_t child) {
+        const std::lock_guard lock(mutex_);
+        children_.push_back(child);
+    }
+    void collect() {
+        const std::lock_guard lock(mutex_);
+        std::erase_if(children_, [](pid_t child) { return waitpid(child, nullptr, WNOHANG) != 0; });
+    }
+
+private:
+    std::mutex mutex_;
+    std::vector<pid_t> children_;
+};
+
+/// The inherited environment with changes, in the form that posix_spawn takes.
+std::vector<std::string> environmentWith(const std::map<std::string, std::string>& changes) {
+    std::vector<std::string> environment;
+    for (char** variable = environ; variable != nullptr && *variable != nullptr; ++variable) {
+        const std::string_view text = *variable;
+        if (!changes.contains(std::string(text.substr(0, text.find('='))))) environment.emplace_back(text);
+    }
+    for (const auto& [name, value] : changes)
+        environment.push_back(name + "=" + value);
+    return environment;
+}
+
+std::vector<char*> pointersTo(std::vector<std::string>& strings) {
+    std::vector<char*> pointers;
+    pointers.reserve(strings.size() + 1);
+    for (auto& string : strings)
+        pointers.push_back(string.data());
+    pointers.push_back(nullptr);
+    return pointers;
+}
+
+/// posix_spawn's two parameter objects, freed on every path.
+struct SpawnParameters {
+    posix_spawn_file_actions_t actions;
+    posix_spawnattr_t attributes;
+
+    SpawnParameters() {
+        posix_spawn_file_actions_init(&actions);
+        posix_spawnattr_init(&attributes);
+        sigset_t none;
+        sigset_t all;
+        sigemptyset(&none);
+        sigfillset(&all);
+        posix_spawnattr_setsigmask(&attributes, &none);
+        posix_spawnattr_setsigdefault(&attributes, &all);
+        posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
+    }
+    ~SpawnParameters() {
+        posix_spawn_file_actions_destroy(&actions);
+        posix_spawnattr_destroy(&attributes);
+    }
+    SpawnParameters(const SpawnParameters&) = delete;
+    SpawnParameters& operator=(const SpawnParameters&) = delete;
+};
+
+enum class Output { inherited, nullDevice, pipe };
+
+struct Redirection {
+    Output kind = Output::inherited;
+    Pipe* pipe = nullptr;
+
+    void addTo(posix_spawn_file_actions_t& actions, int descriptor) const {
+        if (kind == Output::nullDevice) {
+            posix_spawn_file_actions_addopen(&actions, descriptor, "/dev/null", O_WRONLY, 0);
+        } else if (kind == Output::pipe) {
+            posix_spawn_file_actions_adddup2(&actions, pipe->writingEnd(), descriptor);
+        }
+    }
+};
+
+int remainingMilliseconds(std::chrono::steady_clock::time_point deadline) {
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+    return static_cast<int>(std::clamp<std::chrono::milliseconds::rep>(left.count(), 0, INT32_MAX));
+}
+
+}  // namespace
+
+Pipe::Pipe() {
+    std::array<int, 2> ends{};
+    if (pipe2(ends.data(), O_CLOEXEC) != 0) {
+        throw Exception("FileHandleOperationException", std::string("cannot make a pipe: ") + std::strerror(errno));
+    }
+    reading_ = ends[0];
+    writing_ = ends[1];
+}
+
+Pipe::~Pipe() {
+    close(reading_);
+    closeWritingEnd();
+}
+
+void Pipe::closeWritingEnd() noexcept {
+    if (writing_ >= 0) close(writing_);
+    writing_ = -1;
+}
+
+Data Pipe::readDataToEndOfFile(std::size_t limit) {
+    std::vector<std::uint8_t> bytes;
+    std::array<std::uint8_t, 16384> chunk{};
+    for (;;) {
+        const ssize_t count = read(reading_, chunk.data(), chunk.size());
+        if (count < 0 && errno == EINTR) continue;
+        if (count <= 0) break;
+        const std::size_t kept = std::min(static_cast<std::size_t>(count), limit - bytes.size());
+        bytes.insert(bytes.end(), chunk.begin(), chunk.begin() + static_cast<std::ptrdiff_t>(kept));
+    }
+    return Data(std::move(bytes));
+}
+
+struct Task::State {
+    std::string launchPath;
+    std::vector<std::string> arguments;
+    std::map<std::string, std::string> environmentChanges;
+    std::string currentDirectory;
+    Redirection output;
+    Redirection error;
+    pid_t child = 0;
+    int handle = -1;  // pidfd: names the child even after its number was given to another process
+    std::optional<siginfo_t> ending;
+
+    State() = default;
+    State(const State&) = delete;
+    State& operator=(const State&) = delete;
+    ~State() {
+        if (handle >= 0) {
+            if (!reap(WNOHANG)) Reaper::shared().adopt(child);
+            close(handle);
+        }
+        Reaper::shared().collect();
+    }
+
+    /// Collects the child when it has ended, or, without WNOHANG, as soon as it does.
+    bool reap(int options) noexcept {
+        if (handle < 0) return false;
+        if (ending) return true;
+        siginfo_t info{};
+        int result = 0;
+        do {
+            result = waitid(P_PIDFD, static_cast<id_t>(handle), &info, WEXITED | options);
+        } while (result != 0 && errno == EINTR);
+        // ECHILD: somebody else in this process has collected it; how it ended is lost.
+        if (result == 0 && info.si_pid == 0) return false;
+        ending = info;
+        return true;
+    }
+
+    void spawn() {
+        SpawnParameters parameters;
+        output.addTo(parameters.actions, STDOUT_FILENO);
+        error.addTo(parameters.actions, STDERR_FILENO);
+        posix_spawn_file_actions_addclosefrom_np(&parameters.actions, STDERR_FILENO + 1);
+        if (!currentDirectory.empty()) {
+            posix_spawn_file_actions_addchdir_np(&parameters.actions, currentDirectory.c_str());
+        }
+        std::vector<std::string> commandLine = arguments;
+        commandLine.insert(commandLine.begin(), launchPath);
+        std::vector<std::string> environment = environmentWith(environmentChanges);
+        const int failure = posix_spawn(&child, launchPath.c_str(), &parameters.actions, &parameters.attributes,
+                                        pointersTo(commandLine).data(), pointersTo(environment).data());
+        if (failure != 0) {
+            child = 0;
+            throw Exception("InvalidArgumentException", "cannot launch " + launchPath + ": " + std::strerror(failure));
+        }
+    }
+};
+
+Task::Task() : state_(std::make_unique<State>()) {}
+Task::~Task() = default;
+Task::Task(Task&&) noexcept = default;
+Task& Task::operator=(Task&&) noexcept = default;
+
+void Task::setLaunchPath(std::string path) {
+    state_->launchPath = std::move(path);
+}
+void Task::setArguments(std::vector<std::string> arguments) {
+    state_->arguments = std::move(arguments);
+}
+void Task::setCurrentDirectory(std::string path) {
+    state_->currentDirectory = std::move(path);
+}
+void Task::setStandardOutputToNullDevice() {
+    state_->output = {Output::nullDevice, nullptr};
+}
+void Task::setStandardErrorToNullDevice() {
+    state_->error = {Output::nullDevice, nullptr};
+}
+void Task::setStandardOutput(Pipe& pipe) {
+    state_->output = {Output::pipe, &pipe};
+}
+void Task::setStandardError(Pipe& pipe) {
+    state_->error = {Output::pipe, &pipe};
+}
+
+void Task::setEnvironmentVariable(std::string name, std::string value) {
+    state_->environmentChanges[std::move(name)] = std::move(value);
+}
+
+void Task::launch() {
+    Reaper::shared().collect();
+    if (state_->handle >= 0) throw Exception("InvalidArgumentException", "task already launched");
+    state_->spawn();
+    state_->handle = static_cast<int>(syscall(SYS_pidfd_open, state_->child, 0));
+    if (state_->handle < 0) {
+        const std::string reason = std::strerror(errno);
+        ::kill(state_->child, SIGKILL);
+        Reaper::shared().adopt(state_->child);
+        throw Exception("InvalidArgumentException", "cannot watch " + state_->launchPath + ": " + reason);
+    }
+    for (const Redirection* redirection : {&state_->output, &state_->error}) {
+        if (redirection->pipe != nullptr) redirection->pipe->closeWritingEnd();
+    }
+}
+
+bool Task::isRunning() noexcept {
+    return state_->handle >= 0 && !state_->reap(WNOHANG);
+}
+
+pid_t Task::processIdentifier() const noexcept {
+    return state_->child;
+}
+
+void Task::terminate() noexcept {
+    if (isRunning()) syscall(SYS_pidfd_send_signal, state_->handle, SIGTERM, nullptr, 0);
+}
+
+void Task::kill() noexcept {
+    if (isRunning()) syscall(SYS_pidfd_send_signal, state_->handle, SIGKILL, nullptr, 0);
+}
+
+void Task::waitUntilExit() noexcept {
+    state_->reap(0);
+}
+
+bool Task::waitUntilExit(std::chrono::milliseconds limit) noexcept {
+    if (state_->handle < 0) return true;
+    const auto deadline = std::chrono::steady_clock::now() + limit;
+    while (!state_->reap(WNOHANG)) {
+        pollfd watch{state_->handle, POLLIN, 0};
+        const int left = remainingMilliseconds(deadline);
+        if (poll(&watch, 1, left) == 0 && left == 0) return state_->reap(WNOHANG);
+    }
+    return true;
+}
+
+std::optional<int> Task::terminationStatus() noexcept {
+    if (state_->handle < 0 || !state_->reap(WNOHANG)) return std::nullopt;
+    return state_->ending->si_status;
+}
+
+bool Task::wasKilledBySignal() noexcept {
+    return terminationStatus().has_value() &&
+           (state_->ending->si_code == CLD_KILLED || state_->ending->si_code == CLD_DUMPED);
+}
+
+}  // namespace halden
