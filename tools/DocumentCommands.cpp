@@ -48,6 +48,7 @@ std::optional<std::u16string> absolutePath(const std::string& file) {
 /// Calls `perFile` with each file and the session, and gives the worst status.
 template <class PerFile>
 Status forEachFile(const Invocation& invocation, PerFile perFile) {
+    keepStandardOutput();
     const bool ownFolder = !invocation.document.shared;
     const std::unique_ptr<Guardian> guardian = Guardian::start(ownFolder);
     if (!guardian) {

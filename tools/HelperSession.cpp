@@ -1,13 +1,14 @@
 #include "tools/HelperSession.h"
 
+#include "foundation/Path.h"
 #include "tools/Interruption.h"
 #include "tools/ProcessTree.h"
 
 #include <fmt/format.h>
-
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <climits>
 #include <cstdlib>
 #include <cstring>
@@ -24,6 +25,71 @@ std::string libexecPath(std::string_view name) {
     return fmt::format("{}/" QUARRY_LIBEXEC "/{}", prefix, name);
 }
 
+namespace {
+
+/// What the helper registers as.
+constexpr std::u16string_view kRegisteredName = u"QuarryHelper64";
+
+/// How long a helper that is asked to end may take before it is made to.
+constexpr std::chrono::milliseconds kOrderlyEnd{1000};
+
+/// The helper is heard only by those who asked for a log.
+HelperLogging wantedLogging() {
+    const char* log = std::getenv("QUARRY_LOG");
+    return log != nullptr && *log != '\0' ? HelperLogging::enabled : HelperLogging::disabled;
+}
+
+}  // namespace
+
+HelperSession::HelperSession(const DocumentOptions& options, const std::string& registryFolder)
+    : options_(options),
+      helperPath_(libexecPath("quarry-helper")),
+      task_(HelperTask::initWithPath(halden::stringFromPathBytes(helperPath_), kRegisteredName,
+                                     &halden::haldenImExportProtocol(), options.timeout, wantedLogging())),
+      watch_(options.memory) {
+    task_->setRegistryFolder(registryFolder);
+}
+
+HelperSession::~HelperSession() {
+    watch_.watch(0);
+    if (const auto child = task_->processIdentifier()) {
+        task_->terminate();
+        waitForEnd(*child, kOrderlyEnd);
+    }
+}
+
+bool HelperSession::connect() {
+    if (rootProxy_ && rootProxy_->isValid()) {
+        return true;
+    }
+    endHelper();
+    Interruption::stopHereWhenInterrupted();
+    if (::access(helperPath_.c_str(), X_OK) != 0) {
+        connectionError_ = fmt::format("the helper cannot be run: {}: {}", helperPath_, std::strerror(errno));
+        return false;
+    }
+    rootProxy_ = task_->proxy();
+    if (!rootProxy_) {
+        Interruption::stopHereWhenInterrupted();
+        connectionError_ = "the helper could not be reached";
+        endHelper();
+        return false;
+    }
+    // A helper that somebody else started is neither watched nor ended.
+    watch_.watch(task_->processIdentifier() == rootProxy_->processIdentifier() ? rootProxy_->processIdentifier() : 0);
+    return true;
+}
+
+/// Makes sure that the name is free for the next one.
+void HelperSession::endHelper() {
+    watch_.watch(0);
+    rootProxy_.reset();
+    if (const auto child = task_->processIdentifier()) {
+        killTree(*child);
+        task_->terminate();
+    }
+}
+
 HelperFailure HelperSession::afterFailure(const halden::ConnectionException& exception) {
     Interruption::stopHereWhenInterrupted();
     HelperFailure failure;
@@ -38,7 +104,9 @@ HelperFailure HelperSession::afterFailure(const halden::ConnectionException& exc
                                                   sizeFromBytes(*resident), sizeFromBytes(options_.memory));
             }
             break;
-        default: failure.explanation = fmt::format("the helper failed: {}", exception.reason()); return failure;
+        default:
+            failure.explanation = fmt::format("the helper failed: {}", exception.reason());
+            return failure;
     }
     endHelper();
     return failure;

@@ -57,7 +57,6 @@ private:
     std::string helperPath_;
     std::unique_ptr<HelperTask> task_;
     std::shared_ptr<halden::RootProxy> rootProxy_;
-    bool launched_ = false;  // rootProxy_ is of a helper that we launched
     std::string connectionError_;
     MemoryWatch watch_;
 };

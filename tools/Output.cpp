@@ -2,6 +2,7 @@
 
 #include "foundation/Log.h"
 
+#include <fcntl.h>
 #include <fmt/format.h>
 #include <unistd.h>
 
@@ -34,6 +35,7 @@ int writeAll(int file, std::string_view text) {
     return 0;
 }
 
+int outputFile = STDOUT_FILENO;
 int outputError = 0;
 
 /// A progress line stands on the terminal.
@@ -43,9 +45,25 @@ constexpr std::string_view kEraseLine = "\r\x1b[K";
 
 }  // namespace
 
+void keepStandardOutput() {
+    if (outputFile != STDOUT_FILENO) {
+        return;
+    }
+    const int copy = ::fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+    if (copy >= 0) {
+        outputFile = copy;
+        ::dup2(STDERR_FILENO, STDOUT_FILENO);
+    }
+    const int nothing = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
+    if (nothing >= 0) {
+        ::dup2(nothing, STDIN_FILENO);
+        ::close(nothing);
+    }
+}
+
 bool print(std::string_view text) {
     if (outputError == 0) {
-        outputError = writeAll(STDOUT_FILENO, text);
+        outputError = writeAll(outputFile, text);
     }
     return outputError == 0;
 }
@@ -83,7 +101,7 @@ void takeOverLog() {
 }
 
 Progress::Progress(std::size_t total)
-    : total_(total), shown_(total > 1 && errorIsTerminal() && ::isatty(STDOUT_FILENO) == 0) {}
+    : total_(total), shown_(total > 1 && errorIsTerminal() && ::isatty(outputFile) == 0) {}
 
 Progress::~Progress() {
     if (progressVisible.exchange(false)) {

@@ -14,6 +14,10 @@ enum class Status { result = 0, none = 1, usage = 2, failed = 3 };
     return a < b ? b : a;
 }
 
+/// Keeps standard output for `print`: what this process's children, or libraries in it, write there goes to standard
+/// error instead. Standard input becomes empty for them.
+void keepStandardOutput();
+
 /// Writes `text` to standard output as it is, at once: whoever reads the results has each as soon as it is there.
 /// Returns whether everything could be written so far.
 bool print(std::string_view text);

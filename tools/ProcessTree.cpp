@@ -157,6 +157,13 @@ void killTree(pid_t process) {
     }
 }
 
+void waitForEnd(pid_t process, std::chrono::milliseconds limit) {
+    const ProcessHandle handle(process);
+    if (handle.valid()) {
+        handle.wait(limit);
+    }
+}
+
 bool killProcessesWithVariable(std::string_view variable, bool settle) {
     const auto limit = std::chrono::steady_clock::now() + kLongestEnd;
     while (std::chrono::steady_clock::now() < limit) {

@@ -3,6 +3,7 @@
 
 #include <sys/types.h>
 
+#include <chrono>
 #include <cstdint>
 #include <string_view>
 
@@ -14,6 +15,9 @@ namespace quarry::tools {
 
 /// Kills the process and all its descendants, and returns when they have ended (after 5 s at most).
 void killTree(pid_t process);
+
+/// Returns when the process has ended, or after that time.
+void waitForEnd(pid_t process, std::chrono::milliseconds limit);
 
 /// Kills every process of ours that was started with `variable` ("NAME=VALUE") in its environment, until none is left
 /// or the limit has passed. `settle`: looks once more after a moment, for a process that was just being started.
