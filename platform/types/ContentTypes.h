@@ -7,13 +7,14 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace halden {
 
 /// The identifier, spelled as declared, of every type known: a built-in table (content_types.tsv) and what bundles add.
 ///
-/// Identifiers, extensions and MIME types compare without regard to the case of ASCII letters. Making one costs
-/// nothing; the built-in table is constant data. Reading is thread-safe, adding is not.
+/// Identifiers, extensions and MIME types compare without regard to case. Making one costs nothing: the built-in table
+/// is constant data. Reading is thread-safe, adding is not.
 class ContentTypes {
 public:
     /// The built-in table alone.
@@ -57,7 +58,8 @@ public:
 private:
     struct Declarations;
 
-    [[nodiscard]] std::optional<std::u16string> typeOfFolderExtension(std::u16string_view extension) const;
+    [[nodiscard]] std::vector<std::u16string> typesOfExtension(std::u16string_view extension) const;
+    [[nodiscard]] std::u16string contentTypeOfFolderExtension(std::u16string_view extension) const;
 
     std::unique_ptr<Declarations> declarations_;
 };
