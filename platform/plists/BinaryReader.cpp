@@ -30,10 +30,13 @@ constexpr std::size_t kHeaderLength = 8;
 constexpr std::size_t kTrailerLength = 32;
 
 // Objects that are referred to many times are copied each time, so a small file can unfold to any size. What a file
-// without such sharing can need is less than a hundred times its length: a reference of one byte to a value.
+// needs whose containers and long strings are not shared is less than this many times its length: a reference of one
+// byte to a string of kLongestSharedString units.
 constexpr std::size_t kFreeExpansion = std::size_t{16} << 20;
-constexpr std::size_t kMaxExpansion = 100;
+constexpr std::size_t kMaxExpansion = 160;
 constexpr std::size_t kMostExpansion = std::size_t{1} << 30;
+static_assert(sizeof(Value) + 2 * kLongestSharedString <= kMaxExpansion);
+static_assert(sizeof(DictionaryEntry) + 4 * kLongestSharedString <= 2 * kMaxExpansion);
 
 enum Kind : unsigned {
     kSimple = 0x0,

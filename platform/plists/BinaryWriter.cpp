@@ -49,6 +49,10 @@ private:
     };
 
     std::size_t numberString(const std::u16string& string) {
+        if (string.size() > plists::kLongestSharedString) {
+            objects_.push_back({nullptr, &string, {}});
+            return objects_.size() - 1;
+        }
         const auto [found, isNew] = strings_.try_emplace(string, objects_.size());
         if (isNew) objects_.push_back({nullptr, &string, {}});
         return found->second;

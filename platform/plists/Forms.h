@@ -16,4 +16,8 @@ namespace halden::plists {
 /// The name under which a UID appears where the form has none.
 inline constexpr std::u16string_view kUidKey = u"CF$UID";
 
+/// Longer strings are written anew each time, so that the reader's bound on what sharing unfolds to never strikes at
+/// what the writer made.
+inline constexpr std::size_t kLongestSharedString = 32;
+
 }  // namespace halden::plists

@@ -26,16 +26,13 @@ struct PropertyListError {
 
 /// The property list that `data` holds, or nullopt with the reason. The form is told from the first bytes.
 ///
-/// - XML (any encoding expat knows): the root is `plist` or directly a value. Nothing outside the data is read, an
-/// entity
-///   that is not declared inside is an error, and the expansion of those that are is bounded.
-/// - Binary (version 00). An object may be referred to more than once; what such sharing unfolds to is bounded by about
-/// a
-///   hundred times the length of the data, and an object that contains itself is an error. A UID becomes the
-///   dictionary {"CF$UID": number}, as the XML form has it. Data values share the block of `data`.
+/// - XML (any encoding expat knows): the root is `plist` or directly a value. Nothing outside the data is read; an
+///   entity that is not declared inside is an error, and the expansion of those that are is bounded.
+/// - Binary (version 00). An object may be referred to more than once; what the list unfolds to is bounded by 16 MiB
+///   and 160 times the length of the data, and by a gigabyte. An object that contains itself is an error. A UID becomes
+///   the dictionary {"CF$UID": number}, as the XML form has it. Data values share the block of `data`.
 /// - Old bracketed text, in UTF-8 or, with a byte-order mark, UTF-16: strings, data, arrays, dictionaries, and the
-///   list of `key = value;` pairs of a .strings file, which is a dictionary. It has no other kinds: numbers are
-///   strings.
+///   list of `key = value;` pairs of a .strings file, which is a dictionary. Numbers are strings there.
 ///
 /// A key that appears twice keeps its first place and its last value. Integers beyond 64 bits become doubles. Null
 /// appears only in the binary form. Thread-safe.
@@ -49,8 +46,9 @@ struct PropertyListError {
 [[nodiscard]] std::optional<Data> xmlPropertyList(const Value& value);
 
 /// `value` in the binary form. Every value but one that nests deeper than kPropertyListMaxDepth (nullopt) can be
-/// written and reads back equal: null has a marker of its own, strings keep lone surrogates and U+0000. Equal strings
-/// are stored once. A dictionary with the single key "CF$UID" and an integer from 0 is written as a UID.
+/// written and, within the reader's gigabyte, reads back equal: null has a marker of its own, strings keep lone
+/// surrogates and U+0000. Equal strings of up to 32 units are stored once. A dictionary with the single key "CF$UID"
+/// and an integer from 0 is written as a UID.
 [[nodiscard]] std::optional<Data> binaryPropertyList(const Value& value);
 
 /// The old bracketed form of an array of strings: an opening parenthesis, each string quoted on a line of its own,

@@ -240,5 +240,18 @@ TEST(BinaryWriter, WidensReferencesAndOffsets) {
     EXPECT_EQ(propertyListFromData(*data), Value(array));
 }
 
+// The reader's bound on sharing must not strike at a list that only repeats itself.
+TEST(BinaryWriter, RepeatsLongStringsSoThatTheyAreReadAgain) {
+    const Value value(Array(1000, std::u16string(50000, u'a')));
+    const auto data = binaryPropertyList(value);
+    ASSERT_TRUE(data);
+    EXPECT_EQ(propertyListFromData(*data), value);
+    const Value keys(Array(300000, Value(std::u16string(32, u'k'))));
+    const auto shared = binaryPropertyList(keys);
+    ASSERT_TRUE(shared);
+    EXPECT_LT(shared->length(), 301000U);
+    EXPECT_EQ(propertyListFromData(*shared), keys);
+}
+
 }  // namespace
 }  // namespace halden
