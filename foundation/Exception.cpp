@@ -29,25 +29,6 @@ std::string joinedByLineFeeds(const std::vector<std::string>& lines) {
     return joined;
 }
 
-struct Description {
-    std::string name;
-    std::string reason;
-    std::string callStack;
-};
-
-Description describeCaughtException() {
-    try {
-        throw;
-    } catch (const Exception& exception) {
-        return {exception.name(), exception.reason(), joinedByLineFeeds(exception.callStackSymbols())};
-    } catch (const std::exception& exception) {
-        return {demangledName(typeid(exception).name()), exception.what(), {}};
-    } catch (...) {
-        const std::type_info* type = abi::__cxa_current_exception_type();
-        return {type != nullptr ? demangledName(type->name()) : "unknown", {}, {}};
-    }
-}
-
 }  // namespace
 
 Exception::Exception(std::string name, std::string reason)
@@ -62,9 +43,22 @@ std::vector<std::string> Exception::callStackSymbols() const {
     return {symbols.get(), symbols.get() + frames_.size()};
 }
 
+CaughtException describeCaughtException() {
+    try {
+        throw;
+    } catch (const Exception& exception) {
+        return {exception.name(), exception.reason(), joinedByLineFeeds(exception.callStackSymbols())};
+    } catch (const std::exception& exception) {
+        return {demangledName(typeid(exception).name()), exception.what(), {}};
+    } catch (...) {
+        const std::type_info* type = abi::__cxa_current_exception_type();
+        return {type != nullptr ? demangledName(type->name()) : "unknown", {}, {}};
+    }
+}
+
 void logCaughtException(std::string_view selector, std::string_view receiverClass) noexcept {
     try {
-        const Description caught = describeCaughtException();
+        const CaughtException caught = describeCaughtException();
         std::string line;
         line.append(selector).append(" (").append(receiverClass).append("):\n");
         line.append(caught.name).append("\n").append(caught.reason).append("\n").append(caught.callStack);

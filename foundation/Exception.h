@@ -32,6 +32,16 @@ private:
     std::vector<void*> frames_;
 };
 
+/// What an exception says of itself.
+struct CaughtException {
+    std::string name;       ///< of a halden::Exception its name, else the C++ type
+    std::string reason;     ///< its reason, else its what(), if any
+    std::string callStack;  ///< frames joined by line feeds; empty for other types than halden::Exception
+};
+
+/// Describes the exception being handled. Call it inside a catch block.
+[[nodiscard]] CaughtException describeCaughtException();
+
 /// Logs the exception being handled, as an error, in the form "SELECTOR (CLASS):\nNAME\nREASON\nCALL STACK", the frames
 /// joined by line feeds. An exception of another type has its C++ type as name, its what() (if any) as reason, and no
 /// call stack. Call it inside a catch block.

@@ -55,7 +55,7 @@ public:
 
 private:
     class Server;
-    std::shared_ptr<Server> server_;
+    std::unique_ptr<Server> server_;
 };
 
 }  // namespace halden

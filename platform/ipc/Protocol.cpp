@@ -9,7 +9,8 @@
 namespace halden {
 namespace {
 
-constexpr std::size_t kMaxIntrospection = 1u << 20;
+constexpr std::size_t kMaxIntrospection = std::size_t{1} << 20;
+constexpr const char* kProtocolAnnotation = "org.quarry.Protocol";
 
 struct TypeName {
     const char* name;
@@ -25,6 +26,14 @@ constexpr std::array kTypeNames = {
 std::string annotation(GDBusAnnotationInfo** annotations, const char* name) {
     const char* const text = g_dbus_annotation_info_lookup(annotations, name);
     return text != nullptr ? text : "";
+}
+
+GDBusInterfaceInfo* interfaceNamed(GDBusNodeInfo& node, const std::string& name) {
+    for (GDBusInterfaceInfo** info = node.interfaces; info != nullptr && *info != nullptr; ++info) {
+        if (name.empty() ? !annotation((*info)->annotations, kProtocolAnnotation).empty() : name == (*info)->name)
+            return *info;
+    }
+    return nullptr;
 }
 
 std::optional<ArgumentType> typeNamed(const std::string& name) {
@@ -109,9 +118,10 @@ std::optional<Protocol> Protocol::fromIntrospection(std::string_view introspecti
     parts->interfaceName = interfaceName;
     parts->node.reset(g_dbus_node_info_new_for_xml(std::string(introspection).c_str(), nullptr));
     if (!parts->node) return std::nullopt;
-    parts->info = g_dbus_node_info_lookup_interface(parts->node.get(), parts->interfaceName.c_str());
+    parts->info = interfaceNamed(*parts->node, parts->interfaceName);
     if (parts->info == nullptr) return std::nullopt;
-    parts->name = annotation(parts->info->annotations, "org.quarry.Protocol");
+    parts->interfaceName = parts->info->name;
+    parts->name = annotation(parts->info->annotations, kProtocolAnnotation);
     for (GDBusMethodInfo** info = parts->info->methods; info != nullptr && *info != nullptr; ++info) {
         auto method = methodFromInfo(**info);
         if (!method) return std::nullopt;

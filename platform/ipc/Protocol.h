@@ -42,11 +42,11 @@ using Arguments = std::vector<std::optional<Value>>;
 /// An interface, built from its introspection text. Immutable, cheap to copy, safe to share between threads.
 class Protocol {
 public:
-    /// The interface called `interfaceName` in `introspection` (the D-Bus introspection format with the annotations
-    /// org.quarry.Protocol, org.quarry.Selector, org.quarry.Type and org.quarry.Nullable); nullopt when the text is
-    /// ill-formed, longer than 1 MiB, has no such interface, or a method of it has argument types that no property-list
-    /// value has. Without annotations `b` is a flag, `v` a value, `av` a nullable value, and the selector is the
-    /// member.
+    /// The interface called `interfaceName` (empty: the first one that is a protocol) in `introspection` (the D-Bus
+    /// introspection format with the annotations org.quarry.Protocol, org.quarry.Selector, org.quarry.Type and
+    /// org.quarry.Nullable); nullopt when the text is ill-formed, longer than 1 MiB, has no such interface, or a method
+    /// of it has argument types that no property-list value has. Without annotations `b` is a flag, `v` a value, `av` a
+    /// nullable value, and the selector is the member.
     [[nodiscard]] static std::optional<Protocol> fromIntrospection(std::string_view introspection,
                                                                    std::string_view interfaceName);
 

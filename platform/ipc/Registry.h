@@ -49,7 +49,8 @@ private:
     ClaimedName() = default;
     std::string name_;
     std::string path_;
-    std::string key_;  // folder's device and inode with the name: two claims in one process would share the lock
+    std::string key_;  // the folder's device and inode with the name: two claims in one process would share the lock
+    int owner_ = 0;    // the process that claimed it
     FileDescriptor folder_;
     FileDescriptor lock_;
     FileDescriptor socket_;
