@@ -1,6 +1,7 @@
 #include "tools/HelperSession.h"
 
 #include "foundation/Path.h"
+#include "platform/bundles/Paths.h"
 #include "tools/Interruption.h"
 #include "tools/ProcessTree.h"
 
@@ -9,26 +10,17 @@
 
 #include <cerrno>
 #include <chrono>
-#include <climits>
 #include <cstdlib>
 #include <cstring>
 
 namespace quarry::tools {
 
 std::string libexecPath(std::string_view name) {
-    char program[PATH_MAX];
-    const ssize_t length = ::readlink("/proc/self/exe", program, sizeof program);
-    std::string_view prefix(program, length > 0 ? static_cast<std::size_t>(length) : 0);
-    for (int level = 0; level < 2; ++level) {  // bin/quarry
-        prefix = prefix.substr(0, prefix.rfind('/'));
-    }
+    const std::string prefix = halden::pathBytesFromString(halden::installationPrefix()).value_or("");
     return fmt::format("{}/" QUARRY_LIBEXEC "/{}", prefix, name);
 }
 
 namespace {
-
-/// What the helper registers as.
-constexpr std::u16string_view kRegisteredName = u"QuarryHelper64";
 
 /// How long a helper that is asked to end may take before it is made to.
 constexpr std::chrono::milliseconds kOrderlyEnd{1000};

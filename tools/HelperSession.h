@@ -19,6 +19,9 @@ struct HelperFailure {
     std::string explanation;
 };
 
+/// What helpers register as.
+inline constexpr std::u16string_view kRegisteredName = u"QuarryHelper64";
+
 /// PREFIX/libexec/quarry/NAME of the prefix that this program runs from.
 [[nodiscard]] std::string libexecPath(std::string_view name);
 
