@@ -1,0 +1,43 @@
+// The root object of the helper process.
+#pragma once
+
+#include "importers/MetaDataImporter.h"
+#include "platform/ipc/HaldenImExport.h"
+
+#include <memory>
+#include <optional>
+#include <string_view>
+
+namespace quarry {
+
+/// The service: carries out the operations of `HaldenImExport`, each on the main thread.
+///
+/// Keeps nothing from one request to the next but the importer host with the plug-ins that it has loaded: an operation
+/// that iterates the run loop may see another request dispatched inside it, so operations keep their state in locals.
+class QuarryHelper final : public halden::HaldenImExport {
+public:
+    QuarryHelper();
+
+    std::optional<halden::Data> PDFImageRepOfFile(std::u16string_view path) override;
+    std::optional<halden::Dictionary> imageWithContentsOfFile(std::u16string_view path,
+                                                              halden::ImageWithContentsOfFileOptions options) override;
+    std::optional<halden::Dictionary> attributedStringWithPDF(const halden::Data& pdf,
+                                                              halden::AttributedStringWithPDFOptions options) override;
+    std::optional<halden::Dictionary> posterImageForMovieWithFile(std::u16string_view path) override;
+    std::optional<halden::Dictionary> attributedStringWithContentsOfFile(std::u16string_view path) override;
+    std::optional<halden::Dictionary> searchableTextOfWebArchive(std::u16string_view path) override;
+    bool writeRTFDDataToFile(const halden::Data& rtfd, std::u16string_view path) override;
+    std::optional<halden::Data> RTFDWithHTML(const halden::Data& html, const std::optional<std::u16string>& baseURL,
+                                             const std::optional<std::u16string>& charset,
+                                             halden::RTFDWithHTMLOptions options) override;
+
+    /// The attributes that the importers report for the file, without the null ones. An exception that is raised while
+    /// the importers are looked for travels to the caller.
+    std::optional<halden::Dictionary> metaDataForFile(std::u16string_view path) override;
+    bool supportsFile(std::u16string_view path) override;
+
+private:
+    std::unique_ptr<MetaDataImporter> mdimporter_;
+};
+
+}  // namespace quarry
