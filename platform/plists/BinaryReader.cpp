@@ -295,7 +295,7 @@ private:
             if (!key->is<std::u16string>()) return fail("a key that is no string", keyOffset);
             auto value = readReference(keyOffset + size * referenceSize_, depth + 1);
             if (!value) return std::nullopt;
-            dictionary.set(*std::move(key->as<std::u16string>()), *std::move(value));
+            dictionary.set(std::move(*key->as<std::u16string>()), *std::move(value));
         }
         return Value(std::move(dictionary));
     }

@@ -63,7 +63,7 @@ public:
         if (atEnd()) return value;
         if (!mayBeKey || (peek() != u'=' && peek() != u';')) return fail("text after the end of the value");
         Dictionary pairs;
-        if (!readPair(pairs, *std::move(value->as<std::u16string>()), 0) || !readPairs(pairs, 0)) return std::nullopt;
+        if (!readPair(pairs, std::move(*value->as<std::u16string>()), 0) || !readPairs(pairs, 0)) return std::nullopt;
         if (!atEnd()) return fail("a key that is no string");
         return Value(std::move(pairs));
     }

@@ -71,7 +71,8 @@ private:
 /// the extension in lower case and as the bytes it has on disk.
 [[nodiscard]] std::u16string dynamicIdentifierForExtension(std::u16string_view extension);
 
-/// The extension inside a dynamic identifier of the above form (in any case), or nullopt for any other identifier.
+/// The extension inside a dynamic identifier of the above form (in any case); nullopt for any other identifier, and for
+/// an extension that no file name can have.
 [[nodiscard]] std::optional<std::u16string> extensionOfDynamicIdentifier(std::u16string_view identifier);
 
 /// The HFS type code of the file at `path` (links followed) as text, four characters in single quotes: "'PDF '".

@@ -12,6 +12,8 @@ namespace {
 constexpr std::u16string_view kPrefix = u"dyn.a";
 constexpr std::string_view kExtensionMark = "?0=6:1=";
 constexpr std::u16string_view kDigits = u"abcdefghkmnpqrstuvwxyz0123456789";
+// What no file name holds, so that nobody can smuggle it into one by an identifier.
+constexpr std::string_view kNotInNames("/\0", 2);
 constexpr unsigned kBitsPerDigit = 5;
 constexpr unsigned kBitsPerByte = 8;
 
@@ -59,10 +61,10 @@ std::optional<std::u16string> extensionOfDynamicIdentifier(std::u16string_view i
     const std::u16string lower = lowercaseString(identifier);
     if (!lower.starts_with(kPrefix)) return std::nullopt;
     const auto payload = bytesFromBase32(std::u16string_view(lower).substr(kPrefix.size()));
-    if (!payload || !payload->starts_with(kExtensionMark) || payload->size() == kExtensionMark.size()) {
-        return std::nullopt;
-    }
-    return stringFromPathBytes(std::string_view(*payload).substr(kExtensionMark.size()));
+    if (!payload || !payload->starts_with(kExtensionMark)) return std::nullopt;
+    const auto extension = std::string_view(*payload).substr(kExtensionMark.size());
+    if (extension.empty() || extension.find_first_of(kNotInNames) != std::string_view::npos) return std::nullopt;
+    return stringFromPathBytes(extension);
 }
 
 }  // namespace halden
