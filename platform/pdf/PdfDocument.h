@@ -1,0 +1,57 @@
+// A PDF document: its pages, its text and what it says of itself.
+#pragma once
+
+#include "foundation/Data.h"
+#include "foundation/Geometry.h"
+#include "foundation/Value.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace halden {
+
+/// An open document. Pages are numbered from 0.
+///
+/// Damaged files are rebuilt as far as they can be: their cross-reference table, their object streams, and a page tree
+/// made of every page object, in object-number order. A document that is encrypted under the empty password is open;
+/// one that needs another is locked: it has a page count, and those attributes that are not encrypted, but no text. A
+/// document that encrypts only its attachments is not locked. Scripts in it are never run.
+///
+/// Each document has at most 512 MB of memory for the engine's work: what needs more fails. Used by one thread at a
+/// time.
+class PdfDocument {
+public:
+    /// Opens `data` without copying it. Null when it is no PDF, when it cannot be rebuilt, or when the engine is not
+    /// there (see PdfEngine.h).
+    [[nodiscard]] static std::unique_ptr<PdfDocument> documentWithData(const Data& data);
+
+    virtual ~PdfDocument() = default;
+    PdfDocument(const PdfDocument&) = delete;
+    PdfDocument& operator=(const PdfDocument&) = delete;
+
+    [[nodiscard]] virtual bool isLocked() const noexcept = 0;
+    /// Whether anything in the file is encrypted, locked or not.
+    [[nodiscard]] virtual bool isEncrypted() const noexcept = 0;
+    /// 0 for a locked document whose page tree is encrypted.
+    [[nodiscard]] virtual int pageCount() const noexcept = 0;
+    /// "1.7".
+    [[nodiscard]] virtual std::string version() const = 0;
+
+    /// The media box of a page, inherited or not, in points and before rotation; nullopt for a page that cannot be had.
+    [[nodiscard]] virtual std::optional<Size> mediaBoxOfPage(int page) = 0;
+
+    /// The text of a page: lines joined by line feeds, in the order of the page's content. Ligatures are kept, words
+    /// are not joined over lines, glyphs without a known character are left out. Empty when the page has no text;
+    /// nullopt when it cannot be read or the document is locked.
+    [[nodiscard]] virtual std::optional<std::u16string> textOfPage(int page) = 0;
+
+    /// "Title", "Author", "Subject", "Creator" and "Producer" (strings), "CreationDate" and "ModDate" (dates; the zone
+    /// counts), "Keywords" (an array of strings, split at commas, else at semicolons), as far as the document has them.
+    [[nodiscard]] virtual Dictionary documentAttributes() = 0;
+
+protected:
+    PdfDocument() = default;
+};
+
+}  // namespace halden

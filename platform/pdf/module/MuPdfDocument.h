@@ -1,0 +1,41 @@
+// PdfDocument by MuPDF.
+#pragma once
+
+#include "platform/pdf/PdfDocument.h"
+#include "platform/pdf/module/Context.h"
+
+#include <mupdf/pdf.h>
+
+namespace halden::pdf {
+
+class MuPdfDocument final : public PdfDocument {
+public:
+    [[nodiscard]] static std::unique_ptr<PdfDocument> open(const Data& data);
+    ~MuPdfDocument() override;
+
+    [[nodiscard]] bool isLocked() const noexcept override { return isLocked_; }
+    [[nodiscard]] bool isEncrypted() const noexcept override { return isEncrypted_; }
+    [[nodiscard]] int pageCount() const noexcept override { return pageCount_; }
+    [[nodiscard]] std::string version() const override;
+    [[nodiscard]] std::optional<Size> mediaBoxOfPage(int page) override;
+    [[nodiscard]] std::optional<std::u16string> textOfPage(int page) override;
+    [[nodiscard]] Dictionary documentAttributes() override;
+
+private:
+    explicit MuPdfDocument(const Data& data) : data_(data) {}
+
+    [[nodiscard]] bool openDocument();
+    void readEncryption();
+    [[nodiscard]] std::optional<std::u16string> informationString(const char* key);
+
+    Data data_;  // the engine reads from these bytes as long as it lives
+    Context context_;
+    pdf_document* document_ = nullptr;
+    int pageCount_ = 0;
+    bool isLocked_ = false;
+    bool isEncrypted_ = false;
+    bool stringsAreReadable_ = true;
+    int pagesSinceEmptying_ = 0;
+};
+
+}  // namespace halden::pdf
