@@ -17,6 +17,9 @@ struct ErrorName {
 
 constexpr const char* kRaised = "org.quarry.Error.Raised";
 
+// Between name and reason. No exception's name holds it.
+constexpr std::string_view kNameEnd = ": ";
+
 // The first name of a failure is the one it is sent with.
 constexpr std::array kErrorNames = {
     ErrorName{"org.quarry.Error.TooLarge", ConnectionFailure::tooLarge},
@@ -55,11 +58,10 @@ const char* nameToSend(ConnectionFailure failure) {
     return found == kErrorNames.end() ? "org.freedesktop.DBus.Error.Failed" : found->name;
 }
 
-// String number `index` of an error's body.
-std::string textOfError(GDBusMessage* reply, gsize index) {
+std::string textOfError(GDBusMessage* reply) {
     GVariant* const body = g_dbus_message_get_body(reply);
-    if (body == nullptr || g_variant_n_children(body) <= index) return {};
-    const GPointer<GVariant> text(g_variant_get_child_value(body, index));
+    if (body == nullptr || g_variant_n_children(body) == 0) return {};
+    const GPointer<GVariant> text(g_variant_get_child_value(body, 0));
     if (!g_variant_is_of_type(text.get(), G_VARIANT_TYPE_STRING)) return {};
     return g_variant_get_string(text.get(), nullptr);
 }
@@ -72,24 +74,21 @@ void returnFailure(GDBusMethodInvocation* invocation, const ConnectionException&
 }
 
 void returnRaised(GDBusMethodInvocation* invocation, const std::string& name, const std::string& reason) {
-    const std::string sentName = sendable(name);
-    const std::string sentReason = sendable(reason);
-    const std::string text = sentName + ": " + sentReason;
-    GDBusMessage* const call = g_dbus_method_invocation_get_message(invocation);
-    const GPointer<GDBusMessage> reply(g_dbus_message_new_method_error_literal(call, kRaised, text.c_str()));
-    g_dbus_message_set_body(reply.get(), g_variant_new("(sss)", text.c_str(), sentName.c_str(), sentReason.c_str()));
-    g_dbus_connection_send_message(g_dbus_method_invocation_get_connection(invocation), reply.get(),
-                                   G_DBUS_SEND_MESSAGE_FLAGS_NONE, nullptr, nullptr);
-    g_object_unref(invocation);
+    const std::string text = sendable(std::string(name).append(kNameEnd).append(reason));
+    g_dbus_method_invocation_return_dbus_error(invocation, kRaised, text.c_str());
 }
 
 ConnectionException exceptionFromReply(GDBusMessage* reply) {
     const char* const sent = g_dbus_message_get_error_name(reply);
     const std::string_view name = sent != nullptr ? sent : "";
-    if (name == kRaised) return ConnectionException::raised(textOfError(reply, 1), textOfError(reply, 2));
+    std::string text = textOfError(reply);
+    if (name == kRaised) {
+        const auto end = text.find(kNameEnd);
+        if (end == std::string::npos) return ConnectionException::raised(std::move(text), {});
+        return ConnectionException::raised(text.substr(0, end), text.substr(end + kNameEnd.size()));
+    }
     const auto found = std::find_if(kErrorNames.begin(), kErrorNames.end(),
                                     [name](const ErrorName& entry) { return entry.name == name; });
-    std::string text = textOfError(reply, 0);
     if (found != kErrorNames.end()) return {found->failure, std::move(text)};
     return ConnectionException::raised(std::string(name), std::move(text));
 }

@@ -1,7 +1,7 @@
 // Errors as they travel. Private to platform/ipc.
 //
 //   org.quarry.Error.TooLarge                  the result cannot travel
-//   org.quarry.Error.Raised                    the operation threw; body (sss): "NAME: REASON", name, reason
+//   org.quarry.Error.Raised                    the operation threw; its text is "NAME: REASON"
 //   org.freedesktop.DBus.Error.InvalidArgs     the arguments are no valid ones
 //   org.freedesktop.DBus.Error.UnknownMethod   (or UnknownInterface, UnknownObject) there is no such thing
 #pragma once

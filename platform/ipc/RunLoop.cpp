@@ -73,14 +73,14 @@ RunLoop RunLoop::currentRunLoop() noexcept {
     return RunLoop(context != nullptr ? context : g_main_context_default());
 }
 
-void RunLoop::run() {
+void RunLoop::run() const {
     const AcquiredContext acquired(context_);
     const CountedRun counted(context_);
     while (!takeStop(context_))
         g_main_context_iteration(context_, TRUE);
 }
 
-void RunLoop::runForTimeInterval(double seconds) {
+void RunLoop::runForTimeInterval(double seconds) const {
     const AcquiredContext acquired(context_);
     // A year is for ever, and keeps the sum below from overflowing.
     const double limited = std::clamp(seconds, 0.0, 365.0 * 86400.0);
@@ -94,7 +94,7 @@ void RunLoop::runForTimeInterval(double seconds) {
     } while (g_get_monotonic_time() < end);
 }
 
-void RunLoop::stop() {
+void RunLoop::stop() const {
     {
         const std::lock_guard lock(runsMutex);
         const auto entry = runs().find(context_);

@@ -12,15 +12,15 @@ public:
     [[nodiscard]] static RunLoop currentRunLoop() noexcept;
 
     /// Runs until `stop` is called. May be entered again, and from within itself.
-    void run();
+    void run() const;
 
     /// Runs for `seconds`, not less: sources are dispatched as they become ready, and otherwise the thread sleeps. With
     /// 0 or less, what is ready already is dispatched once.
-    void runForTimeInterval(double seconds);
+    void runForTimeInterval(double seconds) const;
 
     /// Makes the innermost `run` of this loop return; callable from any thread, and from a dispatched source. Has no
     /// effect on `runForTimeInterval`, nor on a `run` that has not begun.
-    void stop();
+    void stop() const;
 
     [[nodiscard]] GMainContext* context() const noexcept { return context_; }
 
