@@ -68,8 +68,12 @@ bool HelperSession::connect() {
         return false;
     }
     // A helper that somebody else started is neither watched nor ended.
-    watch_.watch(task_->processIdentifier() == rootProxy_->processIdentifier() ? rootProxy_->processIdentifier() : 0);
+    watch_.watch(isOurs(*rootProxy_) ? rootProxy_->processIdentifier() : 0);
     return true;
+}
+
+bool HelperSession::isOurs(const halden::RootProxy& proxy) const {
+    return task_->processIdentifier() == proxy.processIdentifier();
 }
 
 /// Makes sure that the name is free for the next one.
@@ -87,7 +91,8 @@ HelperFailure HelperSession::afterFailure(const halden::ConnectionException& exc
     HelperFailure failure;
     switch (exception.failure()) {
         case halden::ConnectionFailure::timedOut:
-            failure.explanation = fmt::format("no answer within {} s; the helper was ended", options_.timeout);
+            failure.explanation = fmt::format("no answer within {} s{}", options_.timeout,
+                                              isOurs(*rootProxy_) ? "; the helper was ended" : "");
             break;
         case halden::ConnectionFailure::peerDied:
             failure.explanation = "the helper crashed";

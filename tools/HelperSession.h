@@ -53,6 +53,7 @@ public:
 
 private:
     [[nodiscard]] bool connect();
+    [[nodiscard]] bool isOurs(const halden::RootProxy& proxy) const;
     [[nodiscard]] HelperFailure afterFailure(const halden::ConnectionException& exception);
     void endHelper();
 

@@ -1,0 +1,145 @@
+#include "foundation/Path.h"
+#include "platform/bundles/Paths.h"
+#include "platform/ipc/Registry.h"
+#include "platform/ipc/RootProxy.h"
+#include "platform/pdf/PdfEngine.h"
+#include "tools/Commands.h"
+#include "tools/HelperSession.h"
+
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <sys/mman.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <optional>
+#include <string>
+
+namespace quarry::tools {
+
+namespace {
+
+/// What was found, a line each.
+class Findings {
+public:
+    void good(std::string_view what, std::string_view detail) { add("ok", what, detail); }
+    /// Worth knowing; nothing is broken by it.
+    void note(std::string_view what, std::string_view detail) { add("--", what, detail); }
+    /// Documents cannot be read, or not all of them.
+    void bad(std::string_view what, std::string_view detail) {
+        add("!!", what, detail);
+        status_ = Status::none;
+    }
+    void check(bool fine, std::string_view what, std::string_view detail, std::string_view otherwise) {
+        fine ? good(what, detail) : bad(what, otherwise);
+    }
+    [[nodiscard]] Status status() const noexcept { return status_; }
+
+private:
+    static void add(std::string_view mark, std::string_view what, std::string_view detail) {
+        print(fmt::format("{}  {:<18} {}\n", mark, what, detail));
+    }
+    Status status_ = Status::result;
+};
+
+void checkProgram(Findings& findings, std::string_view what, const std::string& path) {
+    const bool runs = ::access(path.c_str(), X_OK) == 0;
+    findings.check(runs, what, path, runs ? "" : fmt::format("{}: {}", path, std::strerror(errno)));
+}
+
+void checkPdfEngine(Findings& findings) {
+    const halden::PdfEngineStatus& pdf = halden::pdfEngineStatus();
+    if (pdf.engine != nullptr) {
+        findings.good("PDF engine", fmt::format("{}, {}", pdf.engine->version(),
+                                                std::filesystem::path(pdf.path).lexically_normal().native()));
+    } else {
+        findings.bad("PDF engine", pdf.reason);
+    }
+}
+
+/// How many importer bundles a folder holds; nullopt when it is not there.
+std::optional<std::size_t> bundlesIn(const std::u16string& folder) {
+    std::error_code error;
+    std::filesystem::directory_iterator entries(halden::pathBytesFromString(folder).value_or(""), error);
+    if (error) {
+        return std::nullopt;
+    }
+    return std::ranges::count_if(entries, [](const auto& entry) { return entry.path().extension() == ".mdimporter"; });
+}
+
+void checkImporters(Findings& findings) {
+    const halden::ImporterLocations places = halden::ImporterLocations::standard();
+    checkProgram(findings, "importer lister", places.lister);
+    for (const std::u16string* folder : {&places.userFolder, &places.localFolder, &places.systemFolder}) {
+        const auto count = bundlesIn(*folder);
+        const std::string path = halden::pathBytesFromString(*folder).value_or("");
+        const std::string detail = count ? fmt::format("{}: {}", path, *count) : fmt::format("{}: not there", path);
+        if (count.value_or(0) > 0) {
+            findings.good("importers", detail);
+        } else if (folder == &places.systemFolder) {
+            findings.bad("importers", detail);
+        } else {
+            findings.note("importers", detail);
+        }
+    }
+}
+
+void checkRegistry(Findings& findings) {
+    const std::string folder = halden::registryFolder();
+    std::error_code error;
+    if (!std::filesystem::exists(std::filesystem::symlink_status(folder, error))) {
+        findings.note("registry folder", fmt::format("{}: not there yet", folder));
+        return;
+    }
+    if (!halden::openRegistryFolder(folder, false)) {
+        findings.bad("registry folder",
+                     fmt::format("{}: must be a folder of yours with mode 0700, and no link", folder));
+        return;
+    }
+    findings.good("registry folder", folder);
+    const auto helper = halden::RootProxy::rootProxyForConnectionWithRegisteredName(kRegisteredName, folder);
+    if (!helper) {
+        findings.note("shared helper", "none is registered");
+        return;
+    }
+    // It may be busy for long; whether it answers is not the question.
+    findings.good("shared helper", fmt::format("process {}", helper->processIdentifier()));
+}
+
+bool memoryFilesCanBeSealed() {
+    const halden::FileDescriptor file(::memfd_create("quarry", MFD_CLOEXEC | MFD_ALLOW_SEALING));
+    return file && ::fcntl(file.get(), F_ADD_SEALS, F_SEAL_WRITE | F_SEAL_SHRINK | F_SEAL_GROW) == 0;
+}
+
+bool processesHaveHandles() {
+    return static_cast<bool>(halden::FileDescriptor(static_cast<int>(::syscall(SYS_pidfd_open, ::getpid(), 0))));
+}
+
+void checkSystem(Findings& findings) {
+    findings.check(memoryFilesCanBeSealed(), "memory files", "can be sealed",
+                   "cannot be sealed: results above 1 MiB do not travel");
+    findings.check(processesHaveHandles(), "process handles", "available",
+                   "pidfd_open fails: helpers cannot be started");
+    const std::string children = fmt::format("/proc/self/task/{}/children", ::getpid());
+    findings.check(::access(children.c_str(), R_OK) == 0, "process tree", "visible",
+                   "/proc shows no children: --memory does not count workers");
+}
+
+}  // namespace
+
+Status doctorCommand(const Invocation&) {
+    Findings findings;
+    findings.good("quarry", QUARRY_VERSION);
+    checkProgram(findings, "helper", libexecPath("quarry-helper"));
+    checkPdfEngine(findings);
+    checkImporters(findings);
+    checkRegistry(findings);
+    checkSystem(findings);
+    return findings.status();
+}
+
+}  // namespace quarry::tools
