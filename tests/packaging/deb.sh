@@ -18,7 +18,8 @@ for library in libc6 libglib2.0-0 libicu shared-mime-info; do
 done
 dpkg-deb -c "$runtime" > "$work/contents"
 ! grep -qE '\.(a|h|cmake|pc)$' "$work/contents" || fail "development files in quarry: $(grep -E '\.(a|h|pc)$' "$work/contents")"
-dpkg-deb -c "$development" | grep -q 'usr/include/quarry/client/HelperTask.h' || fail "quarry-dev has no headers"
+dpkg-deb -c "$development" > "$work/contents"
+grep -q 'usr/include/quarry/client/HelperTask.h' "$work/contents" || fail "quarry-dev has no headers"
 
 if [ "$(id -u)" -eq 0 ]; then
   mkdir -p "$work/root/var/lib/dpkg/info" "$work/root/var/lib/dpkg/updates"

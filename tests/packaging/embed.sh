@@ -18,6 +18,11 @@ helper=$(pkg-config --variable=helper quarry-client)
 g++ -std=c++20 -DQUARRY_HELPER="\"$helper\"" "$work/source/titles.cpp" -o "$work/with-pkg-config" \
   $(pkg-config --cflags --libs quarry-client) || fail "pkg-config"
 
+# Every header that is installed stands on what is installed.
+(cd "$prefix/include/quarry" && find . -name '*.h' | sort | sed 's|^\./\(.*\)|#include "\1"|') > "$work/all.cpp"
+# shellcheck disable=SC2046
+g++ -std=c++20 -fsyntax-only "$work/all.cpp" $(pkg-config --cflags quarry-client quarry-sdk) || fail "headers"
+
 for program in "$work/build/titles" "$work/with-pkg-config"; do
   output=$("$program" "$scratch/report.pdf")
   [[ $output == *"Yearly report"* && $output == *"Wool and water"* ]] || fail "$program says: $output"
