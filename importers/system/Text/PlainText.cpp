@@ -75,12 +75,12 @@ std::optional<char32_t> nextUtf8(std::string_view bytes, std::size_t& i, bool& i
     return character;
 }
 
-std::optional<std::string> fromUtf8(std::string_view bytes) {
+std::optional<std::string> fromUtf8(std::string_view bytes, Extent extent) {
     CleanText text(bytes.size());
     for (std::size_t i = 0; i < bytes.size();) {
         bool isCut = false;
         const auto character = nextUtf8(bytes, i, isCut);
-        if (isCut) break;
+        if (isCut && extent == Extent::beginning) break;
         if (!character) return std::nullopt;
         text.append(*character);
     }
@@ -144,7 +144,7 @@ std::optional<std::string> fromUnmarkedUtf16(std::string_view bytes) {
 
 }  // namespace
 
-std::optional<std::string> cleanTextOfBytes(std::string_view bytes) {
+std::optional<std::string> cleanTextOfBytes(std::string_view bytes, Extent extent) {
     if (bytes.starts_with("\xEF\xBB\xBF")) {
         bytes.remove_prefix(3);
     } else if (bytes.starts_with("\xFF\xFE")) {
@@ -153,7 +153,7 @@ std::optional<std::string> cleanTextOfBytes(std::string_view bytes) {
         return fromUtf16(bytes.substr(2), ByteOrder::bigEndian).text;
     }
     if (bytes.find('\0') != std::string_view::npos) return fromUnmarkedUtf16(bytes);
-    auto text = fromUtf8(bytes);
+    auto text = fromUtf8(bytes, extent);
     return text ? std::move(text) : fromLatin1(bytes);
 }
 

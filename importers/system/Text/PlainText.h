@@ -7,6 +7,9 @@
 
 namespace quarry::text {
 
+/// Whether bytes are all of a file, or end where reading stopped.
+enum class Extent { whole, beginning };
+
 /// `bytes` as clean UTF-8, or nullopt when they are no text.
 ///
 /// The encoding is told by a byte-order mark (UTF-8, UTF-16), else by validity: bytes without zeros are UTF-8 when
@@ -15,6 +18,6 @@ namespace quarry::text {
 ///
 /// Clean means: lines end with a line feed, form feeds and vertical tabs are line feeds, and there are no other control
 /// characters but tabs.
-[[nodiscard]] std::optional<std::string> cleanTextOfBytes(std::string_view bytes);
+[[nodiscard]] std::optional<std::string> cleanTextOfBytes(std::string_view bytes, Extent extent = Extent::whole);
 
 }  // namespace quarry::text

@@ -40,9 +40,13 @@ std::optional<std::string> beginningOfFile(const char* path) {
     return bytes;
 }
 
+quarry::text::Extent extentOf(const std::string& bytes) {
+    return bytes.size() < kMaxLength ? quarry::text::Extent::whole : quarry::text::Extent::beginning;
+}
+
 std::uint8_t importText(quarry_importer*, quarry_attributes* attributes, const char* contentType, const char* path) {
     const auto bytes = beginningOfFile(path);
-    const auto text = bytes ? quarry::text::cleanTextOfBytes(*bytes) : std::nullopt;
+    const auto text = bytes ? quarry::text::cleanTextOfBytes(*bytes, extentOf(*bytes)) : std::nullopt;
     if (!text) return 0;
     const auto* functions = attributes->functions;
     functions->set_string(attributes, "kMDItemTextContent", text->data(), text->size());
