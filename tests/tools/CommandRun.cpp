@@ -1,10 +1,13 @@
-#include "CommandRun.h"
+#include "tests/tools/CommandRun.h"
+
+#include "tests/importers/TestBundles.h"
 
 #include <fcntl.h>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdlib>
 #include <fstream>
@@ -12,7 +15,7 @@
 #include <stdexcept>
 #include <thread>
 
-namespace quarry::tests {
+namespace quarry::test {
 
 namespace {
 
@@ -67,11 +70,8 @@ std::string Surroundings::write(const std::string& name, const std::string& text
     return path;
 }
 
-void Surroundings::addImporter(const std::string& name) const {
-    const std::filesystem::path importers = folder_ / "data/quarry/Spotlight";
-    std::filesystem::create_directories(importers);
-    std::filesystem::copy(std::filesystem::path(QUARRY_BUILD_PREFIX "/tests/importer-bundles") / name, importers / name,
-                          std::filesystem::copy_options::recursive);
+void Surroundings::addImporter(const std::string& executable, const std::string& extension) const {
+    makeBundle(folder_ / "data/quarry/Spotlight", executable, executable, infoForExtension(extension));
 }
 
 pid_t Surroundings::start(const std::vector<std::string>& arguments, int output, int error) const {
@@ -123,10 +123,14 @@ std::vector<pid_t> Surroundings::processes() const {
     return found;
 }
 
-bool Surroundings::waitForProcesses(std::size_t count) const {
+bool Surroundings::waitForImporter(const std::string& executable) const {
+    const std::string bundle = "/" + executable + ".mdimporter/";
     for (int attempt = 0; attempt < 500; ++attempt) {
-        const std::size_t now = processes().size();
-        if (count == 0 ? now == 0 : now >= count) {
+        const std::vector<pid_t> running = processes();
+        const auto loaded = [&](pid_t process) {
+            return contents("/proc/" + std::to_string(process) + "/maps").find(bundle) != std::string::npos;
+        };
+        if (executable.empty() ? running.empty() : std::ranges::any_of(running, loaded)) {
             return true;
         }
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
@@ -149,4 +153,4 @@ int waitForEnd(pid_t process) {
     return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
 }
 
-}  // namespace quarry::tests
+}  // namespace quarry::test

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-namespace quarry::tests {
+namespace quarry::test {
 
 /// How a command ended and what it wrote.
 struct Outcome {
@@ -32,8 +32,8 @@ public:
     /// Writes a file into the folder and returns its path.
     std::string write(const std::string& name, const std::string& contents) const;
 
-    /// Makes an importer bundle of the tests one of the user's importers.
-    void addImporter(const std::string& name) const;
+    /// Installs an importer of tests/importers/bundles for the user: files with this extension go to it.
+    void addImporter(const std::string& executable, const std::string& extension) const;
 
     void setVariable(const std::string& name, const std::string& value) { variables_[name] = value; }
 
@@ -44,8 +44,8 @@ public:
 
     /// Processes that run in these surroundings.
     [[nodiscard]] std::vector<pid_t> processes() const;
-    /// Waits, 10 s at most, until there are `count` such processes at least (or, with 0, none at all).
-    [[nodiscard]] bool waitForProcesses(std::size_t count) const;
+    /// Waits, 10 s at most, until one of them has loaded the importer, or, with an empty name, until there is none.
+    [[nodiscard]] bool waitForImporter(const std::string& executable) const;
     /// What is left in the runtime folder.
     [[nodiscard]] std::vector<std::string> runtimeFiles() const;
 
@@ -57,4 +57,4 @@ private:
 /// The status of a process that ended, as in `Outcome`.
 [[nodiscard]] int waitForEnd(pid_t process);
 
-}  // namespace quarry::tests
+}  // namespace quarry::test
