@@ -19,10 +19,17 @@ if grep -rlF -e "$build" -e "$source_dir" "$prefix" --include='*.cmake' --includ
   fail "paths of the build in: $(cat "$scratch/leaks")"
 fi
 
-# The man page has no mistakes that groff sees, and the shell accepts the completion.
+# The man page has no mistakes that groff sees, and bash completes.
 mistakes=$(man --warnings -l "$prefix/share/man/man1/quarry.1" 2>&1 > /dev/null) || fail "man: $mistakes"
 [ -z "$mistakes" ] || fail "man: $mistakes"
-bash -n "$prefix/share/bash-completion/completions/quarry" || fail "bash completion"
+complete() {  # WORDS...: what bash would offer for the last one
+  bash -c '. "$0"; COMP_WORDS=("$@"); COMP_CWORD=$(($# - 1)); _quarry 2> /dev/null; echo "${COMPREPLY[*]}"' \
+    "$prefix/share/bash-completion/completions/quarry" "$@"
+}
+[ "$(complete quarry me)" = metadata ] || fail "completion of a command: $(complete quarry me)"
+[ "$(complete quarry metadata --ti)" = --timeout ] || fail "completion of an option: $(complete quarry metadata --ti)"
+[ "$(complete quarry metadata --data b)" = base64 ] || fail "completion of a choice: $(complete quarry metadata --data b)"
+[ -z "$(complete quarry metadata a)" ] || fail "completion of a file: $(complete quarry metadata a)"
 
 expect_metadata "$("$prefix/bin/quarry" metadata "$scratch/report.pdf")"
 "$prefix/bin/quarry" importers | grep -qF "$prefix/lib/quarry/Spotlight/" || fail "importers of another prefix"

@@ -2,6 +2,7 @@
 #include "foundation/Json.h"
 #include "foundation/Path.h"
 #include "foundation/Unicode.h"
+#include "tests/importers/TestBundles.h"
 #include "tests/tools/CommandRun.h"
 
 #include <fcntl.h>
@@ -11,6 +12,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <fstream>
 #include <sstream>
 #include <thread>
 
@@ -184,15 +186,18 @@ TEST_F(Command, AFullDeviceIsAnError) {
 
 // What the helper logs is kept too, and none of it gets into the results.
 TEST_F(Command, TheLogGoesWhereItIsSent) {
-    surroundings_.addImporter("Good", "good");
-    surroundings_.write("data/quarry/Spotlight/Good.mdimporter/Contents/Linux/Good", "no shared object");
+    BundleInfo skipped = infoForExtension("good");
+    skipped.identifier = "org.tagsmail.importer";  // which the importer host leaves out, and says so
+    makeBundle(surroundings_.folder() / "data/quarry/Spotlight", "Mail", "Good", skipped);
     surroundings_.write("a.good", "x");
     const std::string log = surroundings_.folder() / "log";
     surroundings_.setVariable("QUARRY_LOG", "debug," + log);
     const Outcome outcome = surroundings_.run({"metadata", "a.good"});
     EXPECT_EQ(outcome.out, "null\n");
     EXPECT_EQ(outcome.error, "");
-    EXPECT_GT(std::filesystem::file_size(log), 0u);
+    std::ostringstream text;
+    text << std::ifstream(log).rdbuf();
+    EXPECT_NE(text.str().find("Skipped: "), std::string::npos) << text.str();
 }
 
 }  // namespace
