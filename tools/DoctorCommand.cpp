@@ -10,10 +10,12 @@
 #include <fmt/format.h>
 #include <sys/mman.h>
 #include <sys/syscall.h>
+#include <sys/utsname.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <optional>
@@ -119,7 +121,29 @@ bool processesHaveHandles() {
     return static_cast<bool>(halden::FileDescriptor(static_cast<int>(::syscall(SYS_pidfd_open, ::getpid(), 0))));
 }
 
+/// Whether the database that tells types by first bytes is in one of the data folders.
+bool knowsFirstBytes() {
+    const char* variable = std::getenv("XDG_DATA_DIRS");
+    std::string_view folders = variable != nullptr && *variable != '\0' ? variable : "/usr/local/share:/usr/share";
+    while (!folders.empty()) {
+        const std::string_view folder = folders.substr(0, folders.find(':'));
+        folders.remove_prefix(std::min(folder.size() + 1, folders.size()));
+        if (::access(fmt::format("{}/mime/magic", folder).c_str(), R_OK) == 0) {
+            return true;
+        }
+    }
+    return false;
+}
+
 void checkSystem(Findings& findings) {
+    utsname system{};
+    ::uname(&system);
+    findings.good("system", fmt::format("{} {} {}", system.sysname, system.release, system.machine));
+    if (knowsFirstBytes()) {
+        findings.good("first bytes", "shared-mime-info");
+    } else {
+        findings.note("first bytes", "shared-mime-info is missing: files without extension are not recognised");
+    }
     findings.check(memoryFilesCanBeSealed(), "memory files", "can be sealed",
                    "cannot be sealed: results above 1 MiB do not travel");
     findings.check(processesHaveHandles(), "process handles", "available",

@@ -24,11 +24,11 @@ namespace {
 bool canOpen(const std::string& file) {
     struct stat status {};
     if (::stat(file.c_str(), &status) != 0 || ::faccessat(AT_FDCWD, file.c_str(), R_OK, AT_EACCESS) != 0) {
-        printError(fmt::format("{}: {}", file, std::strerror(errno)));
+        printError(fmt::format("{}: {}", shownName(file), std::strerror(errno)));
         return false;
     }
     if (!S_ISREG(status.st_mode) && !S_ISDIR(status.st_mode)) {
-        printError(fmt::format("{}: Neither a file nor a folder", file));
+        printError(fmt::format("{}: Neither a file nor a folder", shownName(file)));
         return false;
     }
     return true;
@@ -39,7 +39,7 @@ std::optional<std::u16string> absolutePath(const std::string& file) {
     std::error_code error;
     const std::string path = std::filesystem::absolute(file, error).native();
     if (error) {
-        printError(fmt::format("{}: {}", file, error.message()));
+        printError(fmt::format("{}: {}", shownName(file), error.message()));
         return std::nullopt;
     }
     return halden::stringFromPathBytes(path);
@@ -81,7 +81,7 @@ auto answerAbout(HelperSession& session, const std::string& file, Status& status
     }
     auto answer = session.ask([&](halden::HaldenImExportProxy& proxy) { return request(proxy, *path); });
     if (const auto* failure = std::get_if<HelperFailure>(&answer)) {
-        printError(fmt::format("{}: {}", file, failure->explanation));
+        printError(fmt::format("{}: {}", shownName(file), failure->explanation));
         status = Status::failed;
         return std::nullopt;
     }

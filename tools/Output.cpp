@@ -6,6 +6,7 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <cstdlib>
@@ -45,6 +46,15 @@ constexpr std::string_view kEraseLine = "\r\x1b[K";
 
 }  // namespace
 
+void openStandardFiles() {
+    for (const int file : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (::fcntl(file, F_GETFD) < 0) {
+            // The lowest free number is this one.
+            [[maybe_unused]] const int opened = ::open("/dev/null", file == STDERR_FILENO ? O_WRONLY : O_RDONLY);
+        }
+    }
+}
+
 void keepStandardOutput() {
     if (outputFile != STDOUT_FILENO) {
         return;
@@ -73,6 +83,15 @@ bool finishOutput() {
         printError(fmt::format("standard output: {}", std::strerror(outputError)));
     }
     return outputError == 0;
+}
+
+std::string shownName(std::string_view file) {
+    std::string name(file);
+    if (errorIsTerminal()) {
+        std::ranges::replace_if(
+            name, [](unsigned char c) { return c < 0x20 || c == 0x7f; }, '?');
+    }
+    return name;
 }
 
 void printError(std::string_view message) {
@@ -116,8 +135,8 @@ void Progress::show(std::size_t number, std::string_view file) {
     constexpr std::size_t kLongest = 60;
     const bool cut = file.size() > kLongest;
     progressVisible = true;
-    writeAll(STDERR_FILENO, fmt::format("{}[{}/{}] {}{}", kEraseLine, number, total_, cut ? "..." : "",
-                                        cut ? file.substr(file.size() - kLongest) : file));
+    const std::string name = shownName(cut ? file.substr(file.size() - kLongest) : file);
+    writeAll(STDERR_FILENO, fmt::format("{}[{}/{}] {}{}", kEraseLine, number, total_, cut ? "..." : "", name));
 }
 
 }  // namespace quarry::tools

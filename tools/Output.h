@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <string>
 #include <string_view>
 
 namespace quarry::tools {
@@ -14,6 +15,10 @@ enum class Status { result = 0, none = 1, usage = 2, failed = 3 };
     return a < b ? b : a;
 }
 
+/// Opens the standard files that the command was started without, so that nothing else takes their numbers. Writing to
+/// a standard output that was closed fails.
+void openStandardFiles();
+
 /// Keeps standard output for `print`: what this process's children, or libraries in it, write there goes to standard
 /// error instead. Standard input becomes empty for them.
 void keepStandardOutput();
@@ -24,6 +29,9 @@ bool print(std::string_view text);
 
 /// When something could not be written, says so (unless the reader just went away) and returns false.
 [[nodiscard]] bool finishOutput();
+
+/// A file's name to be shown on standard error: on a terminal, without control characters.
+[[nodiscard]] std::string shownName(std::string_view file);
 
 /// "quarry: MESSAGE" on standard error, always. Takes the place of a progress line.
 void printError(std::string_view message);

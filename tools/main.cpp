@@ -45,6 +45,7 @@ Status start(const std::vector<std::string>& arguments) {
 }  // namespace
 
 int main(int count, char** arguments) {
+    openStandardFiles();
     try {
         const Status status = start(std::vector<std::string>(arguments + (count > 0 ? 1 : 0), arguments + count));
         return static_cast<int>(finishOutput() ? status : worse(status, Status::usage));
