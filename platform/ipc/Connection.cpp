@@ -14,6 +14,19 @@ void logNotRegistered(std::u16string_view name, const std::string& reason) {
     logInfo("\"" + utf8FromUtf16(name) + "\" is not registered: " + reason + ".");
 }
 
+// The transport tells of damaged messages on standard error, with a dump of them; here the first line goes to the log.
+void logTransportMessage(const char*, GLogLevelFlags, const char* message, gpointer) {
+    const std::string_view text = message != nullptr ? message : "";
+    logWarning(text.substr(0, text.find('\n')));
+}
+
+void redirectTransportMessages() {
+    static const guint kHandler =
+        g_log_set_handler("GLib-GIO", static_cast<GLogLevelFlags>(G_LOG_LEVEL_CRITICAL | G_LOG_LEVEL_WARNING),
+                          logTransportMessage, nullptr);
+    (void)kHandler;
+}
+
 }  // namespace
 
 class Connection::Server {
@@ -24,6 +37,7 @@ public:
 };
 
 Connection::Connection() : server_(std::make_unique<Server>()) {
+    redirectTransportMessages();
     setRequestTimeout(kDefaultTimeout);
     setReplyTimeout(kDefaultTimeout);
 }

@@ -18,6 +18,8 @@ namespace halden {
 /// Only processes of the same user are let in. Nothing that a client sends ends the process: a request that is no valid
 /// one gets an error, and a client that breaks the transport's own rules is disconnected.
 ///
+/// What the transport library has to say of damaged messages goes to the log (for the whole process).
+///
 /// Create, use and destroy it on the thread that runs the run loop. Not copyable.
 class Connection {
 public:

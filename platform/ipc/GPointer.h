@@ -16,6 +16,7 @@ struct GRelease {
         g_source_unref(source);
     }
     void operator()(GDBusNodeInfo* info) const noexcept { g_dbus_node_info_unref(info); }
+    void operator()(GBytes* bytes) const noexcept { g_bytes_unref(bytes); }
     void operator()(GThread* thread) const noexcept { g_thread_join(thread); }
     void operator()(char* text) const noexcept { g_free(text); }
     // Objects, GCancellable and so on.

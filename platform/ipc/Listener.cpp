@@ -38,6 +38,26 @@ GPointer<GSource> timer(GMainContext* context, double seconds, Body body) {
     return source;
 }
 
+// Takes a context's place as this thread's default away. It may have been pushed several times: the transport does so
+// around its callbacks.
+class WithoutThreadDefault {
+public:
+    explicit WithoutThreadDefault(GMainContext* context) : context_(context) {
+        for (; g_main_context_get_thread_default() == context_; ++count_)
+            g_main_context_pop_thread_default(context_);
+    }
+    WithoutThreadDefault(const WithoutThreadDefault&) = delete;
+    WithoutThreadDefault& operator=(const WithoutThreadDefault&) = delete;
+    ~WithoutThreadDefault() {
+        for (; count_ > 0; --count_)
+            g_main_context_push_thread_default(context_);
+    }
+
+private:
+    GMainContext* context_;
+    int count_ = 0;
+};
+
 }  // namespace
 
 // A connection that is being authenticated.
@@ -63,13 +83,16 @@ public:
         filter_ = g_dbus_connection_add_filter(connection_.get(), watchMessage,
                                                new std::weak_ptr<Client>(weak_from_this()), release);
         registrations_.push_back(registerBusStandIn(connection_.get()));
-        // Requests go to the context that is the default when their object is registered: here to the main one.
-        g_main_context_pop_thread_default(context_);
-        const auto vended = listener_.vend_(connection_.get());
-        g_main_context_push_thread_default(context_);
+        const auto vended = [this] {
+            // Requests go to the context that is the default when their object is registered: here to the main one.
+            const WithoutThreadDefault main(context_);
+            return listener_.vend_(connection_.get());
+        }();
         registrations_.insert(registrations_.end(), vended.begin(), vended.end());
         g_dbus_connection_start_message_processing(connection_.get());
     }
+
+    [[nodiscard]] bool isClosed() const { return g_dbus_connection_is_closed(connection_.get()) != FALSE; }
 
     // Listener's thread.
     void end() {
@@ -258,6 +281,8 @@ void Listener::endHandshake(Handshake& handshake, GAsyncResult* result) {
     const auto client = std::make_shared<Client>(*this, std::move(connection));
     clients_.insert(client);
     client->begin();
+    // It may have gone before there was a handler for that.
+    if (client->isClosed()) remove(client.get());
 }
 
 void Listener::remove(Client* client) {

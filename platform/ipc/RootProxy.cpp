@@ -25,14 +25,25 @@ double secondsSince(Clock::time_point start) {
     return std::chrono::duration<double>(Clock::now() - start).count();
 }
 
-// A main context for one blocking call. The callbacks of what is begun while it exists come to it, whatever the calling
-// thread does otherwise.
+// A main context of our own, to block in. The callbacks of what is begun while it is the Default come to it, whatever
+// the calling thread does otherwise. Everything begun must have ended before it goes.
 class PrivateContext {
 public:
-    PrivateContext() : context_(g_main_context_new()) { g_main_context_push_thread_default(context_.get()); }
-    PrivateContext(const PrivateContext&) = delete;
-    PrivateContext& operator=(const PrivateContext&) = delete;
-    ~PrivateContext() { g_main_context_pop_thread_default(context_.get()); }
+    PrivateContext() : context_(g_main_context_new()) {}
+
+    /// While it exists, what this thread begins calls back on the context.
+    class Default {
+    public:
+        explicit Default(PrivateContext& context) : context_(context.context_.get()) {
+            g_main_context_push_thread_default(context_);
+        }
+        Default(const Default&) = delete;
+        Default& operator=(const Default&) = delete;
+        ~Default() { g_main_context_pop_thread_default(context_); }
+
+    private:
+        GMainContext* context_;
+    };
 
     /// Iterates until `done`, or until `seconds` have passed: then false.
     bool runUntil(const bool& done, double seconds) {
@@ -76,6 +87,7 @@ struct Pending {
 
 GPointer<GDBusConnection> authenticated(GIOStream* stream, double limit) {
     PrivateContext context;
+    const PrivateContext::Default asDefault(context);
     Pending pending;
     const GPointer<GCancellable> cancellable(g_cancellable_new());
     const GPointer<GDBusAuthObserver> observer = newAuthObserver();
@@ -86,12 +98,44 @@ GPointer<GDBusConnection> authenticated(GIOStream* stream, double limit) {
     return GPointer<GDBusConnection>(g_dbus_connection_new_finish(pending.result.get(), nullptr));
 }
 
+// Asks whether all that was sent over a connection has left this process. The transport can be asked only in a way that
+// blocks until then and cannot be called off, so there is at most one such question at a time.
+class Flushing {
+public:
+    /// Waits for a moment, no more.
+    bool isFlushed(GDBusConnection* connection) {
+        constexpr double kMoment = 0.1;
+        const std::lock_guard lock(mutex_);
+        const PrivateContext::Default asDefault(context_);
+        // What has waited since an earlier request waits before this one.
+        if (pending_ && !context_.runUntil(pending_->done, kMoment)) return false;
+        pending_ = std::make_unique<Pending>();
+        g_dbus_connection_flush(connection, nullptr, Pending::finish, pending_.get());
+        if (!context_.runUntil(pending_->done, kMoment)) return false;
+        pending_.reset();
+        return true;
+    }
+
+    /// For a connection that has been closed, which ends the waiting.
+    void finish() {
+        if (pending_) context_.runUntil(pending_->done, kForever);
+    }
+
+private:
+    std::mutex mutex_;
+    PrivateContext context_;
+    std::unique_ptr<Pending> pending_;
+};
+
 class SocketRootProxy final : public RootProxy {
 public:
     SocketRootProxy(GPointer<GDBusConnection> connection, int processIdentifier)
         : connection_(std::move(connection)), processIdentifier_(processIdentifier) {}
 
-    ~SocketRootProxy() override { g_dbus_connection_close(connection_.get(), nullptr, nullptr, nullptr); }
+    ~SocketRootProxy() override {
+        g_dbus_connection_close(connection_.get(), nullptr, nullptr, nullptr);
+        flushing_.finish();
+    }
 
     void setRequestTimeout(double seconds) override { timeouts_.request = checkedTimeout(seconds); }
     void setReplyTimeout(double seconds) override { timeouts_.reply = checkedTimeout(seconds); }
@@ -201,6 +245,7 @@ private:
 
     GPointer<GDBusMessage> send(GDBusMessage* message) {
         PrivateContext context;
+        const PrivateContext::Default asDefault(context);
         Pending pending;
         const GPointer<GCancellable> cancellable(g_cancellable_new());
         g_dbus_connection_send_message_with_reply(connection_.get(), message, G_DBUS_SEND_MESSAGE_FLAGS_NONE, G_MAXINT,
@@ -223,23 +268,13 @@ private:
         const double requestLimit = timeouts_.request > 0 ? timeouts_.request.load() : kForever;
         const double replyLimit = timeouts_.reply > 0 ? timeouts_.reply.load() : kForever;
         if (context.runUntil(done, std::min(requestLimit, replyLimit))) return true;
-        if (replyLimit <= requestLimit || !isSent(context)) return false;
+        if (replyLimit <= requestLimit || !flushing_.isFlushed(connection_.get())) return false;
         return context.runUntil(done, replyLimit - secondsSince(start));
-    }
-
-    bool isSent(PrivateContext& context) {
-        constexpr double kMoment = 0.1;
-        Pending pending;
-        const GPointer<GCancellable> cancellable(g_cancellable_new());
-        g_dbus_connection_flush(connection_.get(), cancellable.get(), Pending::finish, &pending);
-        const bool sent = context.runUntil(pending.done, kMoment);
-        if (!sent) g_cancellable_cancel(cancellable.get());
-        context.runUntil(pending.done, kForever);
-        return sent;
     }
 
     GPointer<GDBusConnection> connection_;
     int processIdentifier_;
+    Flushing flushing_;
     Timeouts timeouts_{0.0, 0.0};
     std::mutex protocolMutex_;
     std::optional<Protocol> protocol_;

@@ -112,7 +112,7 @@ TEST_F(BadMessagesTest, DescriptorsThatNobodyAskedForAreClosed) {
 }
 
 TEST_F(BadMessagesTest, GarbageIsHungUpOn) {
-    start();
+    start({"request-timeout", "3"});
     const std::string good = callBytes("EchoString", g_variant_new("(v)", g_variant_new_string("a")), 1);
     std::string longBody = good;
     longBody.replace(4, 4, "\xFF\xFF\xFF\x7F");

@@ -242,6 +242,18 @@ TEST_F(ConnectionTest, TheRequestTimeOutEndsWithTheSending) {
     EXPECT_EQ(echo_->echoString(large), large);
 }
 
+TEST_F(ConnectionTest, AProxyOfAStoppedPeerCanBeLetGo) {
+    start();
+    root_->setRequestTimeout(0.1);
+    root_->setReplyTimeout(100);
+    server_->signal(SIGSTOP);
+    const std::u16string large(400'000, u'x');
+    for (int i = 0; i < 3; ++i)
+        EXPECT_EQ(failureOf([&] { (void)echo_->echoString(large); }), ConnectionFailure::timedOut);
+    echo_.reset();
+    root_.reset();
+}
+
 TEST_F(ConnectionTest, ConnectingDoesNotWaitForAnOperation) {
     start();
     std::atomic<bool> ended = false;
