@@ -5,11 +5,22 @@
 #include "foundation/Geometry.h"
 #include "foundation/Value.h"
 
+#include <cstddef>
 #include <memory>
 #include <optional>
 #include <string>
 
 namespace halden {
+
+/// What a document may cost.
+struct PdfLimits {
+    /// Bytes that the engine may hold for the document, its own bytes not counted. What needs more fails.
+    std::size_t memory = std::size_t{512} * 1024 * 1024;
+    /// The time that opening, and then each call, may take; 0 for no limit. It is looked at whenever the engine asks
+    /// for memory, so that most work ends soon after, but a stretch without any (unpacking long runs of blanks) does
+    /// not.
+    double seconds = 0;
+};
 
 /// An open document. Pages are numbered from 0.
 ///
@@ -18,13 +29,12 @@ namespace halden {
 /// one that needs another is locked: it has a page count, and those attributes that are not encrypted, but no text. A
 /// document that encrypts only its attachments is not locked. Scripts in it are never run.
 ///
-/// Each document has at most 512 MB of memory for the engine's work: what needs more fails. Used by one thread at a
-/// time.
+/// Used by one thread at a time.
 class PdfDocument {
 public:
-    /// Opens `data` without copying it. Null when it is no PDF, when it cannot be rebuilt, or when the engine is not
+    /// Opens `data`, sharing its bytes. Null when it is no PDF, when it cannot be rebuilt, or when the engine is not
     /// there (see PdfEngine.h).
-    [[nodiscard]] static std::unique_ptr<PdfDocument> documentWithData(const Data& data);
+    [[nodiscard]] static std::unique_ptr<PdfDocument> documentWithData(const Data& data, const PdfLimits& limits = {});
 
     virtual ~PdfDocument() = default;
     PdfDocument(const PdfDocument&) = delete;
@@ -33,21 +43,24 @@ public:
     [[nodiscard]] virtual bool isLocked() const noexcept = 0;
     /// Whether anything in the file is encrypted, locked or not.
     [[nodiscard]] virtual bool isEncrypted() const noexcept = 0;
-    /// 0 for a locked document whose page tree is encrypted.
+    /// At most a million; 0 for a locked document whose page tree is encrypted.
     [[nodiscard]] virtual int pageCount() const noexcept = 0;
-    /// "1.7".
-    [[nodiscard]] virtual std::string version() const = 0;
+    /// "1.7", of the header or of the catalog; empty when neither makes sense.
+    [[nodiscard]] virtual std::string version() = 0;
 
-    /// The media box of a page, inherited or not, in points and before rotation; nullopt for a page that cannot be had.
+    /// The media box of a page, inherited or not, in points and before rotation; a letter's when the page has none that
+    /// is usable. nullopt for a page that cannot be had.
     [[nodiscard]] virtual std::optional<Size> mediaBoxOfPage(int page) = 0;
 
-    /// The text of a page: lines joined by line feeds, in the order of the page's content. Ligatures are kept, words
-    /// are not joined over lines, glyphs without a known character are left out. Empty when the page has no text;
-    /// nullopt when it cannot be read or the document is locked.
+    /// The text of a page: lines joined by line feeds, in the order of the page's content; then that of its annotations
+    /// and form fields. Ligatures are kept, words are not joined over lines, glyphs without a known character are left
+    /// out. Whatever breaks off in the middle, a limit included, counts up to there. Empty when the page has no text;
+    /// nullopt when it cannot be had or the document is locked.
     [[nodiscard]] virtual std::optional<std::u16string> textOfPage(int page) = 0;
 
     /// "Title", "Author", "Subject", "Creator" and "Producer" (strings), "CreationDate" and "ModDate" (dates; the zone
-    /// counts), "Keywords" (an array of strings, split at commas, else at semicolons), as far as the document has them.
+    /// counts, malformed ones are left out), "Keywords" (an array of strings, split at commas, else at semicolons, and
+    /// trimmed), as far as the document has them. Strings are cut after 64 Ki bytes.
     [[nodiscard]] virtual Dictionary documentAttributes() = 0;
 
 protected:

@@ -6,7 +6,6 @@
 #include <unistd.h>
 
 #include <climits>
-#include <vector>
 
 namespace halden {
 namespace {
@@ -19,29 +18,34 @@ std::string folderOf(const std::string& path) {
     return path.substr(0, path.rfind('/'));
 }
 
-std::string folderOfProgram() {
-    std::string path(PATH_MAX, '\0');
-    const ssize_t length = readlink("/proc/self/exe", path.data(), path.size());
-    path.resize(length > 0 ? static_cast<std::size_t>(length) : 0);
-    return folderOf(path);
-}
-
-std::vector<std::string> candidates() {
-    const std::string program = folderOfProgram();
-    std::vector<std::string> folders = {program, program + "/../libexec/quarry"};
+std::vector<std::string> standardFolders() {
+    std::vector<std::string> folders;
+    std::string program(PATH_MAX, '\0');
+    const ssize_t length = readlink("/proc/self/exe", program.data(), program.size());
+    if (length > 0) {
+        program.resize(static_cast<std::size_t>(length));
+        folders.push_back(folderOf(program));
+        folders.push_back(folderOf(program) + "/../libexec/quarry");
+    }
     Dl_info object{};
     if (dladdr(reinterpret_cast<const void*>(&pdfEngineStatus), &object) != 0 && object.dli_fname != nullptr) {
         folders.push_back(folderOf(object.dli_fname) + kPrefixFromImporter + "/libexec/quarry");
     }
-    for (auto& folder : folders)
-        folder += std::string("/") + kModuleName;
     return folders;
 }
 
-PdfEngineStatus load() {
+std::string lastLoaderError() {
+    const char* error = dlerror();
+    return error != nullptr ? error : "unknown error of the loader";
+}
+
+}  // namespace
+
+PdfEngineStatus loadPdfEngine(const std::vector<std::string>& folders) {
     PdfEngineStatus status;
-    for (const auto& path : candidates()) {
-        if (access(path.c_str(), R_OK) != 0) continue;
+    for (const auto& folder : folders) {
+        const std::string path = folder + "/" + kModuleName;
+        if (access(path.c_str(), F_OK) != 0) continue;
         status.path = path;
         break;
     }
@@ -50,28 +54,31 @@ PdfEngineStatus load() {
         return status;
     }
     void* module = dlopen(status.path.c_str(), RTLD_NOW | RTLD_LOCAL);
-    const auto entry =
-        module != nullptr ? reinterpret_cast<const PdfEngine* (*)()>(dlsym(module, kPdfModuleEntry)) : nullptr;
+    if (module == nullptr) {
+        status.reason = lastLoaderError();
+        return status;
+    }
+    const auto entry = reinterpret_cast<const PdfEngine* (*)()>(dlsym(module, kPdfModuleEntry));
     if (entry == nullptr) {
-        const char* error = dlerror();
-        status.reason = error != nullptr ? error : "no entry in " + status.path;
-        logWarning("PDF engine: " + status.reason);
+        status.reason = status.path + " is of another version: it has no " + kPdfModuleEntry;
         return status;
     }
     status.engine = entry();
     return status;
 }
 
-}  // namespace
-
 const PdfEngineStatus& pdfEngineStatus() {
-    static const PdfEngineStatus status = load();
+    static const PdfEngineStatus status = [] {
+        PdfEngineStatus loaded = loadPdfEngine(standardFolders());
+        if (loaded.engine == nullptr) logWarning("PDF engine missing: " + loaded.reason);
+        return loaded;
+    }();
     return status;
 }
 
-std::unique_ptr<PdfDocument> PdfDocument::documentWithData(const Data& data) {
+std::unique_ptr<PdfDocument> PdfDocument::documentWithData(const Data& data, const PdfLimits& limits) {
     const PdfEngine* engine = pdfEngineStatus().engine;
-    return engine != nullptr ? engine->documentWithData(data) : nullptr;
+    return engine != nullptr ? engine->documentWithData(data, limits) : nullptr;
 }
 
 }  // namespace halden

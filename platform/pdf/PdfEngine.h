@@ -5,6 +5,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace halden {
 
@@ -15,22 +16,26 @@ public:
     /// "MuPDF 1.21.1".
     [[nodiscard]] virtual std::string version() const = 0;
     /// See `PdfDocument::documentWithData`.
-    [[nodiscard]] virtual std::unique_ptr<PdfDocument> documentWithData(const Data& data) const = 0;
+    [[nodiscard]] virtual std::unique_ptr<PdfDocument> documentWithData(const Data& data,
+                                                                        const PdfLimits& limits) const = 0;
 };
 
 /// The name of the module's one entry, a function without arguments that returns a pointer to its PdfEngine. The number
-/// changes whenever PdfEngine or PdfDocument do.
+/// changes whenever PdfEngine, PdfDocument or a type that they pass does.
 inline constexpr const char* kPdfModuleEntry = "quarry_pdf_module_1";
 
 struct PdfEngineStatus {
     const PdfEngine* engine = nullptr;  ///< null when the engine is not there
-    std::string path;                   ///< of the module that was loaded
-    std::string reason;                 ///< why there is none
+    std::string path;                   ///< of the module that was found
+    std::string reason;                 ///< why there is no engine
 };
 
-/// Loads the module on the first call: quarry-pdf.so beside the running program, else in libexec/quarry of the prefix
-/// that the program or the object with this function lies in (an importer bundle in lib/quarry/Spotlight). It is never
-/// unloaded. Thread-safe.
+/// Loads the first quarry-pdf.so of `folders`, and no other one should that fail. It is never unloaded.
+[[nodiscard]] PdfEngineStatus loadPdfEngine(const std::vector<std::string>& folders);
+
+/// The engine of this process, loaded on the first call: quarry-pdf.so beside the running program, else in
+/// ../libexec/quarry from there, else in libexec/quarry of the prefix that the object with this function lies in, as an
+/// importer bundle in lib/quarry/Spotlight does. A failure is logged, once. Thread-safe.
 [[nodiscard]] const PdfEngineStatus& pdfEngineStatus();
 
 }  // namespace halden

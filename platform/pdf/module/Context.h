@@ -1,22 +1,34 @@
-// MuPDF's context: its memory, and its exceptions, which jump over C++ frames.
+// MuPDF's context: its memory, its time, and its exceptions, which jump over C++ frames.
 #pragma once
+
+#include "platform/pdf/PdfDocument.h"
 
 #include <mupdf/fitz.h>
 
+#include <chrono>
 #include <cstddef>
 
 namespace halden::pdf {
 
-/// A context with memory of its own, limited to 512 MB, that prints nothing.
+/// A context with memory of its own that prints nothing.
+///
+/// Both limits work through the allocator: beyond them it gives nothing, which the engine reports as an error of the
+/// work it is doing. Memory is the one thing that it asks for wherever it is.
 class Context {
 public:
-    Context();
+    explicit Context(const PdfLimits& limits);
     ~Context();
     Context(const Context&) = delete;
     Context& operator=(const Context&) = delete;
 
     /// Null when there was no memory for one.
     [[nodiscard]] fz_context* get() const noexcept { return context_; }
+
+    /// Starts the time that is allowed, for the call that begins.
+    void beginCall() noexcept;
+
+    /// Which the engine is to be given when it runs a page, so that it also stops between operations.
+    [[nodiscard]] fz_cookie* cookie() noexcept { return &cookie_; }
 
     /// Runs `body`; false when the engine threw inside. The engine throws by a jump: `body` must not own anything that
     /// needs a destructor, nor let C++ exceptions out.
@@ -35,11 +47,18 @@ public:
     }
 
 private:
+    using Clock = std::chrono::steady_clock;
+
     static void* allocate(void* self, std::size_t size);
     static void* reallocate(void* self, void* block, std::size_t size);
     static void release(void* self, void* block);
+    [[nodiscard]] bool isOutOfTime() noexcept;
 
+    const PdfLimits limits_;
     std::size_t used_ = 0;
+    unsigned requests_ = 0;
+    Clock::time_point end_;
+    fz_cookie cookie_{};
     fz_alloc_context allocator_;
     fz_context* context_ = nullptr;
 };

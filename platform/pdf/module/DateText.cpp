@@ -20,11 +20,17 @@ std::optional<int> takeNumber(std::string_view& text, std::size_t count) {
 
 /// Days from 1970-01-01 to a day of the Gregorian calendar; years are counted from March.
 std::int64_t daysFromCivil(int year, int month, int day) {
-    const std::int64_t marchYear = month <= 2 ? year - 1 : year;
-    const std::int64_t era = (marchYear >= 0 ? marchYear : marchYear - 399) / 400;
+    const std::int64_t marchYear = month <= 2 ? year - 1 : year;  // never negative: there is no year 0
+    const std::int64_t era = marchYear / 400;
     const std::int64_t yearOfEra = marchYear - era * 400;
     const std::int64_t dayOfYear = (153 * (month + (month > 2 ? -3 : 9)) + 2) / 5 + day - 1;
     return era * 146097 + yearOfEra * 365 + yearOfEra / 4 - yearOfEra / 100 + dayOfYear - 719468;
+}
+
+int daysOfMonth(int year, int month) {
+    const bool isLeapYear = year % 4 == 0 && (year % 100 != 0 || year % 400 == 0);
+    if (month == 2) return isLeapYear ? 29 : 28;
+    return month == 4 || month == 6 || month == 9 || month == 11 ? 30 : 31;
 }
 
 /// Seconds that the zone "Z", "+HH'mm'" or "-HH'mm'" is ahead of UTC; nullopt when it is ill-formed.
@@ -64,6 +70,7 @@ std::optional<Date> dateFromText(std::string_view text) {
         if (!number || *number < field.least || *number > field.most) return std::nullopt;
         field.value = *number;
     }
+    if (*year == 0 || fields[1].value > daysOfMonth(*year, fields[0].value)) return std::nullopt;
     const auto zone = takeZone(text);
     if (!zone || !text.empty()) return std::nullopt;
     const std::int64_t days = daysFromCivil(*year, fields[0].value, fields[1].value);

@@ -8,8 +8,9 @@ namespace {
 class MuPdfEngine final : public PdfEngine {
 public:
     [[nodiscard]] std::string version() const override { return "MuPDF " FZ_VERSION; }
-    [[nodiscard]] std::unique_ptr<PdfDocument> documentWithData(const Data& data) const override {
-        return MuPdfDocument::open(data);
+    [[nodiscard]] std::unique_ptr<PdfDocument> documentWithData(const Data& data,
+                                                                const PdfLimits& limits) const override {
+        return MuPdfDocument::open(data, limits);
     }
 };
 

@@ -10,23 +10,23 @@ namespace halden::pdf {
 
 class MuPdfDocument final : public PdfDocument {
 public:
-    [[nodiscard]] static std::unique_ptr<PdfDocument> open(const Data& data);
+    [[nodiscard]] static std::unique_ptr<PdfDocument> open(const Data& data, const PdfLimits& limits);
     ~MuPdfDocument() override;
 
     [[nodiscard]] bool isLocked() const noexcept override { return isLocked_; }
     [[nodiscard]] bool isEncrypted() const noexcept override { return isEncrypted_; }
     [[nodiscard]] int pageCount() const noexcept override { return pageCount_; }
-    [[nodiscard]] std::string version() const override;
+    [[nodiscard]] std::string version() override;
     [[nodiscard]] std::optional<Size> mediaBoxOfPage(int page) override;
     [[nodiscard]] std::optional<std::u16string> textOfPage(int page) override;
     [[nodiscard]] Dictionary documentAttributes() override;
 
 private:
-    explicit MuPdfDocument(const Data& data) : data_(data) {}
+    MuPdfDocument(const Data& data, const PdfLimits& limits) : data_(data), context_(limits) {}
 
     [[nodiscard]] bool openDocument();
     void readEncryption();
-    [[nodiscard]] std::optional<std::u16string> informationString(const char* key);
+    void preparePageMap(int page);
 
     Data data_;  // the engine reads from these bytes as long as it lives
     Context context_;
@@ -35,6 +35,8 @@ private:
     bool isLocked_ = false;
     bool isEncrypted_ = false;
     bool stringsAreReadable_ = true;
+    bool triedPageMap_ = false;
+    bool hasPageMap_ = false;
     int pagesSinceEmptying_ = 0;
 };
 
