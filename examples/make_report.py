@@ -68,7 +68,7 @@ PAGES = [
 
 
 def text_string(text):
-    """A text string of the document: plain where Latin 1 is enough, else UTF-16 with its mark."""
+    """A text string of the document: plain where ASCII is enough, else UTF-16 with its mark."""
     if all(ord(c) < 128 for c in text):
         return "(" + escaped(text) + ")"
     return "<" + ("\ufeff" + text).encode("utf-16-be").hex().upper() + ">"
