@@ -12,6 +12,37 @@ expect_metadata() {
   grep -q 'Wool and water' <<<"$1" || fail "no text in: $1"
 }
 
+# make_crasher: for what follows, files with the extension "deadly" end the helper that reads them.
+make_crasher() {
+  export XDG_DATA_HOME=$scratch/data
+  local bundle=$XDG_DATA_HOME/quarry/Spotlight/Aborts.mdimporter/Contents
+  mkdir -p "$bundle/Linux"
+  cp "$build/tests/importer-bundles/Aborts.so" "$bundle/Linux/Aborts"
+  cat > "$bundle/Info.plist" <<'PLIST'
+<plist version="1.0"><dict>
+  <key>CFBundleIdentifier</key><string>org.quarry.test.aborts</string>
+  <key>CFBundleExecutable</key><string>Aborts</string>
+  <key>UTExportedTypeDeclarations</key><array><dict>
+    <key>UTTypeIdentifier</key><string>org.quarry.test.deadly</string>
+    <key>UTTypeConformsTo</key><string>public.data</string>
+    <key>UTTypeTagSpecification</key><dict><key>public.filename-extension</key><string>deadly</string></dict>
+  </dict></array>
+  <key>CFBundleDocumentTypes</key><array><dict>
+    <key>CFBundleTypeRole</key><string>MDImporter</string>
+    <key>LSItemContentTypes</key><array><string>org.quarry.test.deadly</string></array>
+  </dict></array>
+  <key>CFPlugInFactories</key><dict>
+    <key>00000000-0000-0000-0000-000000000001</key><string>makeTestImporter</string>
+  </dict>
+  <key>CFPlugInTypes</key><dict>
+    <key>8B08C4BF-415B-11D8-B3F9-0003936726FC</key>
+    <array><string>00000000-0000-0000-0000-000000000001</string></array>
+  </dict>
+</dict></plist>
+PLIST
+  echo x > "$scratch/bad.deadly"
+}
+
 # make_pdf FILE: a one-page PDF. Its cross-reference table is right, so nothing has to be repaired.
 make_pdf() {
   python3 - "$1" <<'PYTHON'

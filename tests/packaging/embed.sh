@@ -28,6 +28,12 @@ for program in "$work/build/titles" "$work/with-pkg-config"; do
   [[ $output == *"Yearly report"* && $output == *"Wool and water"* ]] || fail "$program says: $output"
 done
 
+# A document that kills the helper costs the application that document.
+make_crasher
+output=$("$work/build/titles" "$scratch/report.pdf" "$scratch/bad.deadly" "$scratch/report.pdf" 2> "$work/error")
+[ "$(grep -c 'Yearly report' <<<"$output")" -eq 2 ] || fail "after a crash: $output"
+grep -q 'bad.deadly: ' "$work/error" || fail "the crash was not seen: $(cat "$work/error")"
+
 # What an application gets by linking the client: the GLib family (LGPL-2.1+), ICU (Unicode licence), and the compiler's
 # and the C library's run-time (GPL with the run-time exception, LGPL-2.1+). A new name here needs a look at its licence.
 allowed='lib(glib-2\.0|gobject-2\.0|gio-2\.0|gmodule-2\.0|icuuc|icudata|stdc\+\+|gcc_s|c|m|pthread)\.so|ld-linux'

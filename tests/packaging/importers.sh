@@ -14,6 +14,31 @@ for language in c cpp; do
   [ -d "$bundle" ] || fail "importer-$language makes no bundle"
   cp -r "$bundle" "$work/data/quarry/Spotlight/"
 done
+# Who writes an importer in C needs the header alone: no C++ compiler, no library.
+mkdir "$work/alone"
+cat > "$work/alone/CMakeLists.txt" <<'CMAKE'
+cmake_minimum_required(VERSION 3.25)
+project(alone LANGUAGES C)
+find_package(quarry REQUIRED COMPONENTS sdk)
+add_library(alone MODULE alone.c)
+target_link_libraries(alone PRIVATE quarry::sdk)
+CMAKE
+echo '#include <quarry_importer.h>' > "$work/alone/alone.c"
+cmake -S "$work/alone" -B "$work/alone/build" -G Ninja -DCMAKE_PREFIX_PATH="$prefix" > "$work/log" 2>&1 &&
+  cmake --build "$work/alone/build" >> "$work/log" 2>&1 || { cat "$work/log"; fail "the header alone"; }
+
 export XDG_DATA_HOME=$work/data
 listed=$("$prefix/bin/quarry" importers)
 [ "$(grep -cF "$work/data/quarry/Spotlight/" <<<"$listed")" -eq 2 ] || fail "listed: $listed"
+
+printf '1\n00:00:01,000 --> 00:00:03,500\nGood evening.\n\n' > "$work/evening.srt"
+printf '@book{a,\n  title = {Wool and {Water}},\n  author = {Lewis Writer}\n}\n' > "$work/books.bibx"
+read_as() {  # FILE WORD...: reads the file and looks for the words
+  local result word
+  result=$("$prefix/bin/quarry" metadata "$1") || fail "$1 is not read"
+  for word in "${@:2}"; do
+    [[ $result == *"$word"* ]] || fail "no '$word' in $result"
+  done
+}
+read_as "$work/evening.srt" 'Good evening.' '"kMDItemDurationSeconds": 3.5'
+read_as "$work/books.bibx" 'Wool and Water' 'Lewis Writer'

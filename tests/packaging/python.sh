@@ -12,3 +12,9 @@ name=$scratch/$'caf\xe9.txt'
 /usr/bin/python3 -c 'print("wool and water " * 200000)' > "$name"
 output=$(call "$name")
 [ "$(grep -o 'wool and water' <<<"$output" | wc -l)" -eq 200000 ] || fail "the large text did not arrive whole"
+
+# A document that kills the helper costs that document.
+make_crasher
+output=$(call "$scratch/report.pdf" "$scratch/bad.deadly" "$scratch/report.pdf" 2> "$scratch/python-error")
+[ "$(grep -c 'Yearly report' <<<"$output")" -eq 2 ] || fail "after a crash: $output"
+grep -q 'bad.deadly: ' "$scratch/python-error" || fail "the crash was not seen: $(cat "$scratch/python-error")"

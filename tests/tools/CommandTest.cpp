@@ -56,6 +56,18 @@ TEST_F(Command, OneFileGivesAnIndentedObject) {
     EXPECT_EQ(outcome.error, "");
 }
 
+TEST_F(Command, APdfIsReadByTheEngine) {
+    const Outcome outcome = surroundings_.run({"metadata", QUARRY_SOURCE_DIR "/examples/report.pdf"});
+    EXPECT_EQ(outcome.status, 0) << outcome.error;
+    const auto value = halden::valueFromJson(outcome.out);
+    ASSERT_TRUE(value && value->is<halden::Dictionary>()) << outcome.out;
+    const auto& attributes = *value->as<halden::Dictionary>();
+    ASSERT_TRUE(attributes.contains(u"kMDItemTitle") && attributes.contains(u"kMDItemNumberOfPages")) << outcome.out;
+    EXPECT_EQ(*attributes.find(u"kMDItemTitle"), halden::Value(u"Annual report of the library"));
+    EXPECT_EQ(*attributes.find(u"kMDItemNumberOfPages"), halden::Value(3));
+    EXPECT_NE(textContent(outcome.out).find(u"1,204,771 records"), std::u16string::npos);
+}
+
 TEST_F(Command, SeveralFilesGiveALineEachInTheirOrder) {
     surroundings_.write("a.txt", "first\n");
     surroundings_.write("b.unheard-of", "nobody reads this");
