@@ -61,9 +61,9 @@ TEST_F(Failure, ACrashMakesNoSupport) {
 }
 
 TEST_F(Failure, AHangIsEndedAtTheLimit) {
-    const Outcome outcome = surroundings_.run({"metadata", "--timeout", "0.7", "d.hangs", "a.good"});
+    const Outcome outcome = surroundings_.run({"metadata", "--timeout", "3", "d.hangs", "a.good"});
     EXPECT_EQ(outcome.status, 3);
-    EXPECT_EQ(outcome.error, "quarry: d.hangs: no answer within 0.7 s; the helper was ended\n");
+    EXPECT_EQ(outcome.error, "quarry: d.hangs: no answer within 3 s; the helper was ended\n");
     EXPECT_TRUE(outcome.out.starts_with("null\n{")) << outcome.out;
 }
 
