@@ -121,6 +121,10 @@ void releaseKey(const std::string& key) {
     claimedKeys().erase(key);
 }
 
+// How long a name that is taken is asked for again: half a second.
+constexpr int kLockAttempts = 50;
+constexpr std::chrono::milliseconds kLockInterval{10};
+
 std::string errorText(const char* what) {
     return std::string(what) + ": " + std::strerror(errno);
 }
@@ -134,10 +138,16 @@ FileDescriptor lockedFile(int folder, const std::string& file, std::string& reas
     struct flock whole {};
     whole.l_type = F_WRLCK;
     whole.l_whence = SEEK_SET;
-    if (fcntl(lock.get(), F_SETLK, &whole) != 0) {
-        reason =
-            errno == EAGAIN || errno == EACCES ? "another process holds it" : errorText("the lock cannot be taken");
+    // A process that was just killed holds its locks until it is gone: whoever is to replace it waits that moment.
+    for (int attempt = 0; fcntl(lock.get(), F_SETLK, &whole) != 0; ++attempt) {
+        const bool isHeld = errno == EAGAIN || errno == EACCES;
+        if (isHeld && attempt < kLockAttempts) {
+            std::this_thread::sleep_for(kLockInterval);
+            continue;
+        }
+        reason = isHeld ? "another process holds it" : errorText("the lock cannot be taken");
         lock.reset();
+        break;
     }
     return lock;
 }

@@ -33,7 +33,8 @@ namespace halden {
 class ClaimedName {
 public:
     /// Claims `name`; nullopt, with `reason` set, when it cannot: another process (or another ClaimedName of this one)
-    /// holds it, or the folder is not safe. A socket left behind by a process that died is replaced.
+    /// holds it for another half second (one that was just killed needs a moment), or the folder is not safe. A socket
+    /// left behind by a process that died is replaced.
     [[nodiscard]] static std::optional<ClaimedName> claim(std::u16string_view name, const std::string& folder,
                                                           std::string& reason);
 

@@ -86,7 +86,7 @@ TEST(Task, WhatCannotBeStartedRaises) {
 }
 
 TEST(Task, WaitingWithALimit) {
-    Task task = shell("sleep 60");
+    Task task = shell("exec sleep 60");
     task.launch();
     EXPECT_FALSE(task.waitUntilExit(20ms));
     EXPECT_TRUE(task.isRunning());
@@ -145,7 +145,7 @@ TEST(Task, AChildThatIsLetGoIsNeverAZombieForLong) {
 
     pid_t running = 0;
     {
-        Task task = shell("sleep 60");
+        Task task = shell("exec sleep 60");
         task.launch();
         running = task.processIdentifier();
     }
