@@ -7,15 +7,16 @@
  *     Name.mdimporter/Contents/Info.plist          which types it reads, which function makes it
  *     Name.mdimporter/Contents/Linux/Name          the shared object (libName.so is found as well)
  *
- * The helper loads it, calls the factory function that Info.plist names, asks the instance for the importer interface, and
- * lets that fill a dictionary with the attributes of one file after the other. An importer needs this header and
+ * The helper loads it, calls the factory function that Info.plist names, asks the instance for the importer interface,
+ * and lets that fill a dictionary with the attributes of one file after the other. An importer needs this header and
  * nothing else of the helper: all the dictionary's functions come with the dictionary.
  *
  * Rules
- *   - C99, and C++ as well. Strings are UTF-8; ill-formed bytes in them become U+FFFD. Paths are bytes as the system has them.
+ *   - C99, and C++ as well. Strings are UTF-8; ill-formed bytes in them become U+FFFD. Paths are bytes as the system
+ * has them.
  *   - Calls come from one thread, one at a time.
- *   - A crash ends the helper, which is started again for the next file; an exception that leaves ImporterImportData is caught,
- *     and what was filled until then counts.
+ *   - A crash ends the helper, which is started again for the next file; an exception that leaves ImporterImportData is
+ * caught, and what was filled until then counts.
  *   - This header only ever grows: tables get new functions at their end, and say their size.
  */
 #ifndef QUARRY_IMPORTER_H
@@ -40,16 +41,22 @@ typedef struct quarry_uuid {
 } quarry_uuid;
 
 /* The type that factories are asked for: 8B08C4BF-415B-11D8-B3F9-0003936726FC (the key in CFPlugInTypes). */
-#define QUARRY_IMPORTER_TYPE_ID \
-    { { 0x8B, 0x08, 0xC4, 0xBF, 0x41, 0x5B, 0x11, 0xD8, 0xB3, 0xF9, 0x00, 0x03, 0x93, 0x67, 0x26, 0xFC } }
+#define QUARRY_IMPORTER_TYPE_ID                                                                            \
+    {                                                                                                      \
+        { 0x8B, 0x08, 0xC4, 0xBF, 0x41, 0x5B, 0x11, 0xD8, 0xB3, 0xF9, 0x00, 0x03, 0x93, 0x67, 0x26, 0xFC } \
+    }
 
 /* The interface that instances are asked for: 6EBC27C4-899C-11D8-84AE-0003936726FC. */
-#define QUARRY_IMPORTER_INTERFACE_ID \
-    { { 0x6E, 0xBC, 0x27, 0xC4, 0x89, 0x9C, 0x11, 0xD8, 0x84, 0xAE, 0x00, 0x03, 0x93, 0x67, 0x26, 0xFC } }
+#define QUARRY_IMPORTER_INTERFACE_ID                                                                       \
+    {                                                                                                      \
+        { 0x6E, 0xBC, 0x27, 0xC4, 0x89, 0x9C, 0x11, 0xD8, 0x84, 0xAE, 0x00, 0x03, 0x93, 0x67, 0x26, 0xFC } \
+    }
 
 /* The interface that every instance has: 00000000-0000-0000-C000-000000000046. */
-#define QUARRY_UNKNOWN_INTERFACE_ID \
-    { { 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0xC0, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x46 } }
+#define QUARRY_UNKNOWN_INTERFACE_ID                                                                        \
+    {                                                                                                      \
+        { 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0xC0, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x46 } \
+    }
 
 /* What QueryInterface answers. */
 typedef int32_t quarry_result;
@@ -77,9 +84,10 @@ typedef struct quarry_attributes quarry_attributes;
 
 /* What can be done with a dictionary of attributes.
  *
- * Setting a key that exists replaces its value. Between open_array or open_dictionary and the matching close, everything is put
- * into that container: in an array the key is ignored and may be null, and each call appends. The functions return 1, or 0 when
- * nothing was done: a key is null where one is needed, containers are nested deeper than 16, close has nothing to close.
+ * Setting a key that exists replaces its value. Between open_array or open_dictionary and the matching close,
+ * everything is put into that container: in an array the key is ignored and may be null, and each call appends. The
+ * functions return 1, or 0 when nothing was done: a key is null where one is needed, containers are nested deeper than
+ * 16, close has nothing to close.
  */
 typedef struct quarry_attributes_functions {
     uint32_t size;    /* of this table in bytes; a function whose place lies beyond is not there */
@@ -103,8 +111,9 @@ typedef struct quarry_attributes_functions {
     quarry_kind (*kind_of)(quarry_attributes* attributes, const char* key);
     /* The number of entries of the innermost open container. */
     size_t (*count)(quarry_attributes* attributes);
-    /* Copies the string under `key` and a zero byte into `buffer` as far as `capacity` bytes reach, never cutting a character,
-     * and returns the length that the whole string has without the zero byte; (size_t)-1 when there is no string. */
+    /* Copies the string under `key` and a zero byte into `buffer` as far as `capacity` bytes reach, never cutting a
+     * character, and returns the length that the whole string has without the zero byte; (size_t)-1 when there is no
+     * string. */
     size_t (*get_string)(quarry_attributes* attributes, const char* key, char* buffer, size_t capacity);
 } quarry_attributes_functions;
 
@@ -125,8 +134,8 @@ typedef struct quarry_importer_functions {
     uint32_t (*AddRef)(quarry_importer* self);
     uint32_t (*Release)(quarry_importer* self);
 
-    /* Fills `attributes` for the file at `path`, which is of the type `content_type` (in lower case). The result is not looked
-     * at: what was filled counts. */
+    /* Fills `attributes` for the file at `path`, which is of the type `content_type` (in lower case). The result is not
+     * looked at: what was filled counts. */
     uint8_t (*ImporterImportData)(quarry_importer* self, quarry_attributes* attributes, const char* content_type,
                                   const char* path);
 } quarry_importer_functions;
@@ -136,7 +145,8 @@ struct quarry_importer {
     const quarry_importer_functions* functions;
 };
 
-/* What CFPlugInFactories names: makes an instance of `type` with one reference, or returns null. `allocator` is null. */
+/* What CFPlugInFactories names: makes an instance of `type` with one reference, or returns null. `allocator` is null.
+ */
 typedef void* (*quarry_importer_factory)(void* allocator, quarry_uuid type);
 
 #ifdef __cplusplus
