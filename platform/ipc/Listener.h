@@ -1,26 +1,19 @@
 // Accepts clients on a thread of its own. Private to platform/ipc.
 #pragma once
 
-#include "platform/ipc/GPointer.h"
+#include "platform/ipc/Peer.h"
 #include "platform/ipc/Registry.h"
-#include "platform/ipc/Timeouts.h"
 
-#include <functional>
 #include <memory>
 #include <set>
-#include <vector>
+#include <string>
 
 namespace halden {
 
-/// Accepts clients of a claimed name, authenticates them, and drops those that break a rule: other users, clients that
-/// do not authenticate or do not read in time, that send too many requests without awaiting answers, or that are one
-/// too many.
+/// Accepts clients of a claimed name and authenticates them. Turns away other users, clients that do not authenticate
+/// in time, and those that are too many.
 class Listener {
 public:
-    /// Registers objects on a new connection and returns the registrations' numbers. Called on the listener's thread
-    /// while it has no thread-default context.
-    using Vend = std::function<std::vector<guint>(GDBusConnection*)>;
-
     Listener(ClaimedName name, Vend vend, std::shared_ptr<const Timeouts> timeouts);
     Listener(const Listener&) = delete;
     Listener& operator=(const Listener&) = delete;
@@ -31,7 +24,6 @@ public:
 
 private:
     struct Handshake;
-    class Client;
 
     void run();
     void watchSocket();
@@ -39,16 +31,18 @@ private:
     void acceptClients();
     void beginHandshake(int descriptor);
     void endHandshake(Handshake& handshake, GAsyncResult* result);
-    void remove(Client* client);
+    void remove(Peer* peer);
+    [[nodiscard]] GMainContext* context() const noexcept { return surroundings_->context.get(); }
 
     ClaimedName name_;
-    Vend vend_;
-    std::shared_ptr<const Timeouts> timeouts_;
-    GPointer<GMainContext> context_;
-    bool stopping_ = false;  // listener's thread only, as all that follows
+    std::shared_ptr<PeerSurroundings> surroundings_;
+
+    // Listener's thread only.
+    bool stopping_ = false;
     GPointer<GSource> acceptSource_;
     std::set<Handshake*> handshakes_;
-    std::set<std::shared_ptr<Client>> clients_;
+    std::set<std::shared_ptr<Peer>> peers_;
+
     GPointer<GThread> thread_;
 };
 

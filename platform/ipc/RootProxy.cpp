@@ -194,7 +194,7 @@ public:
         // The transport's thread may not have run since the peer ended.
         auto* const stream = G_SOCKET_CONNECTION(g_dbus_connection_get_stream(connection_.get()));
         pollfd state{g_socket_get_fd(g_socket_connection_get_socket(stream)), POLLRDHUP, 0};
-        return poll(&state, 1, 0) == 0;
+        return state.fd >= 0 && poll(&state, 1, 0) == 0;
     }
 
     [[nodiscard]] int processIdentifier() const override { return processIdentifier_; }

@@ -174,7 +174,7 @@ public:
 
 private:
     GVariant* variant(const Value& value) {
-        return std::visit([this](const auto& content) { return encoded(content); }, value.variant());
+        return std::visit([this](const auto& content) { return this->encoded(content); }, value.variant());
     }
 
     static GVariant* encoded(Null) { return g_variant_new("(y)", 0); }

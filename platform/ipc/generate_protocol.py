@@ -282,10 +282,12 @@ def proxy_function(interface, number, method):
         end = "" if method.result.nullable else ".value()"
         lines.append(f"    return call({number}, arguments){end};")
     else:
-        lines.append(f"    auto result = call({number}, arguments);")
+        constant = "const " if method.result.is_flag else ""
+        lines.append(f"    {constant}auto result = call({number}, arguments);")
         if method.result.nullable:
             lines.append("    if (!result) return std::nullopt;")
-        lines.append(f"    return std::move(*result->as<{method.result.plain}>());")
+        content = f"*result->as<{method.result.plain}>()"
+        lines.append(f"    return {content};" if method.result.is_flag else f"    return std::move({content});")
     return "\n".join(lines) + "\n}\n"
 
 

@@ -6,8 +6,11 @@
 #include "tests/platform/ipc/ServerProcess.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
+#include <chrono>
 #include <random>
+#include <thread>
 
 namespace halden::testing {
 namespace {
@@ -185,6 +188,43 @@ TEST_F(BadMessagesTest, AClientThatDoesNotAuthenticateIsDropped) {
     start({"request-timeout", "0.3"});
     RawClient client(folder_.path());
     EXPECT_TRUE(client.isHungUp(30));
+    expectServing();
+}
+
+TEST_F(BadMessagesTest, ManyClientsDoNotTakeAllDescriptors) {
+    start();
+    expectServing();
+    const rlimit few{64, 64};
+    ASSERT_EQ(prlimit(server_->pid(), RLIMIT_NOFILE, &few, nullptr), 0);
+    {
+        std::vector<std::unique_ptr<RawClient>> clients;
+        for (int i = 0; i < 100; ++i)
+            clients.push_back(std::make_unique<RawClient>(folder_.path()));
+        std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    }
+    for (int tries = 0; connectTo(folder_.path()) == nullptr && tries < 200; ++tries)
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    expectServing();
+}
+
+TEST_F(BadMessagesTest, WaitingRequestsDoNotTakeAllDescriptors) {
+    start();
+    const auto connection = connect();
+    ASSERT_NE(connection, nullptr);
+    const auto send = [&](const char* member, GVariant* body, GUnixFDList* descriptors) {
+        const GPointer<GDBusMessage> message(g_dbus_message_new_method_call(nullptr, kRootObjectPath, kEcho, member));
+        g_dbus_message_set_body(message.get(), body);
+        if (descriptors != nullptr) g_dbus_message_set_unix_fd_list(message.get(), descriptors);
+        g_dbus_connection_send_message(connection.get(), message.get(), G_DBUS_SEND_MESSAGE_FLAGS_NONE, nullptr,
+                                       nullptr);
+    };
+    send("Sleep", g_variant_new("(v)", g_variant_new_double(1)), nullptr);
+    const auto descriptors = descriptorList({memoryFile(1, 0)});
+    for (int i = 0; i < 200; ++i)
+        send("EchoString", g_variant_new("(v)", g_variant_new_string("a")), descriptors.get());
+    for (int tries = 0; g_dbus_connection_is_closed(connection.get()) == FALSE && tries < 200; ++tries)
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    EXPECT_TRUE(g_dbus_connection_is_closed(connection.get()));
     expectServing();
 }
 

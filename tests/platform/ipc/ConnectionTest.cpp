@@ -163,6 +163,24 @@ TEST_F(ConnectionTest, AProtocolThatThePeerLacksIsAnUnknownMethod) {
     EXPECT_EQ(root_->invoke("echoString:", {u"asked again"}), Value(u"asked again"));
 }
 
+TEST_F(ConnectionTest, AReplyOfTheWrongTypeIsRefused) {
+    start();
+    // The peer answers with a string, whatever we believe.
+    for (const char* result : {"<arg type='v' direction='out'><annotation name='org.quarry.Type' value='data'/></arg>",
+                               "<arg type='av' direction='out'/>", "<arg type='b' direction='out'/>"}) {
+        const auto protocol = Protocol::fromIntrospection(
+            std::string("<node><interface name='org.quarry.EchoService1'><method name='EchoString'>"
+                        "<arg type='v' direction='in'/>") +
+                result + "</method></interface></node>",
+            "org.quarry.EchoService1");
+        ASSERT_TRUE(protocol);
+        root_->setProtocolForProxy(&*protocol);
+        EXPECT_EQ(failureOf([&] { (void)root_->invoke("EchoString", {u"x"}); }), ConnectionFailure::badMessage)
+            << result;
+    }
+    EXPECT_EQ(echo_->echoString(u"x"), u"x");
+}
+
 TEST_F(ConnectionTest, ExceptionsTravelWithNameAndReason) {
     start();
     struct Row {
