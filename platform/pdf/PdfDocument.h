@@ -45,7 +45,7 @@ public:
     [[nodiscard]] virtual bool isEncrypted() const noexcept = 0;
     /// At most a million; 0 for a locked document whose page tree is encrypted.
     [[nodiscard]] virtual int pageCount() const noexcept = 0;
-    /// "1.7", of the header or of the catalog; empty when neither makes sense.
+    /// "1.7", the later one of header and catalog; empty when neither makes sense.
     [[nodiscard]] virtual std::string version() = 0;
 
     /// The media box of a page, inherited or not, in points and before rotation; a letter's when the page has none that

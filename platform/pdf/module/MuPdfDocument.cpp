@@ -4,6 +4,7 @@
 #include "platform/pdf/module/Rebuild.h"
 #include "platform/pdf/module/StructuredText.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 
@@ -14,6 +15,20 @@ namespace {
 constexpr int kPagesBetweenEmptying = 50;
 // What a page without a usable box is drawn on.
 constexpr Size kLetter{612, 792};
+
+// Where readers look for the header.
+constexpr std::size_t kHeaderReach = 1024;
+constexpr std::string_view kHeader = "%PDF-";
+
+bool isDigit(char c) {
+    return c >= '0' && c <= '9';
+}
+
+/// The "1.7" that `text` begins with, else nothing.
+std::string versionAtStart(std::string_view text) {
+    const bool isVersion = text.size() >= 3 && isDigit(text[0]) && text[1] == '.' && isDigit(text[2]);
+    return std::string(isVersion ? text.substr(0, 3) : std::string_view());
+}
 
 /// Whether the crypt filter under `key` leaves its data as they are: /Identity, which is also the default.
 bool isIdentity(fz_context* engine, pdf_obj* encryption, pdf_obj* key) {
@@ -78,10 +93,17 @@ void MuPdfDocument::readEncryption() {
 
 std::string MuPdfDocument::version() {
     context_.beginCall();
-    int version = 0;
-    context_.attempt([&](fz_context* engine) { version = pdf_version(engine, document_); });
-    if (version < 10 || version > 29) return {};
-    return std::to_string(version / 10) + "." + std::to_string(version % 10);
+    const char* name = "";
+    context_.attempt([&](fz_context* engine) {
+        pdf_obj* root = pdf_dict_get(engine, pdf_trailer(engine, document_), PDF_NAME(Root));
+        name = pdf_to_name(engine, pdf_dict_get(engine, root, PDF_NAME(Version)));
+    });
+    // The header may come after what a mail program or a server has put before it.
+    const std::string_view start = data_.view().substr(0, kHeaderReach);
+    const std::size_t header = start.find(kHeader);
+    const std::string_view after =
+        header != std::string_view::npos ? start.substr(header + kHeader.size()) : std::string_view();
+    return std::max(versionAtStart(name), versionAtStart(after));
 }
 
 void MuPdfDocument::preparePageMap(int page) {

@@ -2,7 +2,7 @@
 #include "importers/MetaDataImporter.h"
 #include "platform/types/ContentTypes.h"
 #include "tests/importers/TestBundles.h"
-#include "tests/platform/pdf/PdfBuilder.h"
+#include "tests/platform/pdf/TinyPdf.h"
 
 #include <gtest/gtest.h>
 
@@ -13,7 +13,6 @@ using halden::Array;
 using halden::Date;
 using halden::Dictionary;
 using halden::Value;
-using halden::test::PdfBuilder;
 
 /// The bundles that ship, found where the build puts them.
 class SystemImportersTest : public ::testing::Test {
@@ -35,10 +34,9 @@ protected:
 };
 
 TEST_F(SystemImportersTest, APdfGivesItsAttributesUnderThePublishedKeys) {
-    auto builder = PdfBuilder::withPages(2);
-    builder.trailer += " /Info 9 0 R";
-    builder.objects[9] =
-        "<< /Title (T) /Author (A) /Subject (S) /Keywords (k, l) /Creator (C) /Producer (P) /ModDate (D:20260101) >>";
+    const auto pdf = halden::test::documentWithPages(
+        {halden::test::showing("Page 1"), halden::test::showing("Page 2")},
+        "/Title (T) /Author (A) /Subject (S) /Keywords (k, l) /Creator (C) /Producer (P) /ModDate (D:20260101)");
     const Dictionary expected{{u"kMDItemTitle", u"T"},
                               {u"kMDItemAuthors", Array{u"A"}},
                               {u"kMDItemDescription", u"S"},
@@ -47,12 +45,12 @@ TEST_F(SystemImportersTest, APdfGivesItsAttributesUnderThePublishedKeys) {
                               {u"kMDItemEncodingApplications", Array{u"P"}},
                               {u"kMDItemContentModificationDate", Date::fromUnixSeconds(1767225600)},
                               {u"kMDItemNumberOfPages", 2},
-                              {u"kMDItemPageWidth", 300.0},
-                              {u"kMDItemPageHeight", 400.5},
-                              {u"kMDItemVersion", u"1.5"},
+                              {u"kMDItemPageWidth", 200.0},
+                              {u"kMDItemPageHeight", 100.0},
+                              {u"kMDItemVersion", u"1.7"},
                               {u"kMDItemSecurityMethod", u"None"},
                               {u"kMDItemTextContent", u"Page 1\nPage 2\n"}};
-    EXPECT_EQ(metaData("a.PDF", builder.build().view()), expected);
+    EXPECT_EQ(metaData("a.PDF", pdf.bytes()), expected);
 }
 
 TEST_F(SystemImportersTest, AFileThatIsNoPdfGivesNil) {
