@@ -242,7 +242,7 @@ private:
     void breakLine() {
         if (options_.indent <= 0) return;
         out_ += '\n';
-        out_.append(static_cast<std::size_t>(level_ * options_.indent), ' ');
+        out_.append(static_cast<std::size_t>(level_) * static_cast<std::size_t>(options_.indent), ' ');
     }
 
     JsonWriteOptions options_;

@@ -12,11 +12,10 @@
  * nothing else of the helper: all the dictionary's functions come with the dictionary.
  *
  * Rules
- *   - C99, and C++ as well. Strings are UTF-8; ill-formed bytes in them become U+FFFD. Paths are bytes as the system
- * has them.
+ *   - C99, and C++ as well. Strings are UTF-8; ill-formed bytes in them become U+FFFD. Paths are the system's bytes.
  *   - Calls come from one thread, one at a time.
- *   - A crash ends the helper, which is started again for the next file; an exception that leaves ImporterImportData is
- * caught, and what was filled until then counts.
+ *   - A crash ends the helper, which is started again for the next file. An exception that leaves ImporterImportData
+ *     is caught, and what was filled until then counts.
  *   - This header only ever grows: tables get new functions at their end, and say their size.
  */
 #ifndef QUARRY_IMPORTER_H
