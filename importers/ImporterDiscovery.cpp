@@ -21,7 +21,7 @@ using halden::Value;
 using Paths = std::vector<std::u16string>;
 
 // A list of a hundred thousand importers fits; a tool gone wild does not fill our memory.
-constexpr std::size_t kMaxListLength = 32 * 1024 * 1024;
+constexpr std::size_t kMaxListLength = 32U * 1024 * 1024;
 
 Data outputOfLister(const std::string& lister) {
     halden::Pipe pipe;

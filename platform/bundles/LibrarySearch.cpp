@@ -79,7 +79,8 @@ public:
         SharedObject object;
         std::string why;
         if (!readAt(path, object, why)) {
-            reason_ = path + ": " + why;
+            reason_ = path;
+            reason_.append(": ").append(why);
             return false;
         }
         return canLoadNeeded(path, object);
@@ -125,11 +126,11 @@ private:
         };
         if (name.find('/') != std::string::npos) return fits(name) ? std::optional(name) : std::nullopt;
         for (const std::string& folder : object.searchFolders) {
-            const std::string candidate = withOrigin(folder, origin) + "/" + name;
+            const std::string candidate = withOrigin(folder, origin).append("/").append(name);
             if (fits(candidate)) return candidate;
         }
         for (const std::string& folder : systemFolders()) {
-            const std::string candidate = folder + "/" + name;
+            const std::string candidate = std::string(folder).append("/").append(name);
             if (fits(candidate)) return candidate;
         }
         return std::nullopt;
