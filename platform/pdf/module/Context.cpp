@@ -1,7 +1,5 @@
 #include "platform/pdf/module/Context.h"
 
-#include <malloc.h>
-
 #include <cstdlib>
 
 namespace halden::pdf {
@@ -26,6 +24,11 @@ Context::Context(const PdfLimits& limits) : limits_(limits), allocator_{this, al
 
 Context::~Context() {
     fz_drop_context(context_);
+    while (blocks_ != nullptr) {
+        Block* next = blocks_->next;
+        std::free(blocks_);
+        blocks_ = next;
+    }
 }
 
 void Context::beginCall() noexcept {
@@ -43,25 +46,46 @@ bool Context::isOutOfTime() noexcept {
     return cookie_.abort != 0;
 }
 
+void Context::link(Block* block) noexcept {
+    block->previous = nullptr;
+    block->next = blocks_;
+    if (blocks_ != nullptr) blocks_->previous = block;
+    blocks_ = block;
+    used_ += block->size;
+}
+
+void Context::unlink(const Block* block) noexcept {
+    (block->previous != nullptr ? block->previous->next : blocks_) = block->next;
+    if (block->next != nullptr) block->next->previous = block->previous;
+    used_ -= block->size;
+}
+
 void* Context::allocate(void* self, std::size_t size) {
     return reallocate(self, nullptr, size);
 }
 
-void* Context::reallocate(void* self, void* block, std::size_t size) {
+void* Context::reallocate(void* self, void* memory, std::size_t size) {
     auto& context = *static_cast<Context*>(self);
-    const std::size_t old = block != nullptr ? malloc_usable_size(block) : 0;
-    // Blocks are a little larger than they were asked to be, so `used_` may lie above the limit.
-    const std::size_t others = context.used_ - old;
-    if (size > old && (others >= context.limits_.memory || size > context.limits_.memory - others)) return nullptr;
-    if (size > old && context.isOutOfTime()) return nullptr;
-    void* moved = std::realloc(block, size);
-    if (moved != nullptr) context.used_ = others + malloc_usable_size(moved);
-    return moved;
+    Block* block = memory != nullptr ? static_cast<Block*>(memory) - 1 : nullptr;
+    if (size > SIZE_MAX - sizeof(Block)) return nullptr;
+    const std::size_t total = sizeof(Block) + size;
+    const std::size_t old = block != nullptr ? block->size : 0;
+    if (total > old && (total - old > context.limits_.memory - context.used_ || context.isOutOfTime())) return nullptr;
+    if (block != nullptr) context.unlink(block);
+    auto* moved = static_cast<Block*>(std::realloc(block, total));
+    if (moved == nullptr) {
+        if (block != nullptr) context.link(block);
+        return nullptr;
+    }
+    moved->size = total;
+    context.link(moved);
+    return moved + 1;
 }
 
-void Context::release(void* self, void* block) {
-    if (block == nullptr) return;
-    static_cast<Context*>(self)->used_ -= malloc_usable_size(block);
+void Context::release(void* self, void* memory) {
+    if (memory == nullptr) return;
+    Block* block = static_cast<Block*>(memory) - 1;
+    static_cast<Context*>(self)->unlink(block);
     std::free(block);
 }
 

@@ -13,7 +13,8 @@ namespace halden::pdf {
 /// A context with memory of its own that prints nothing.
 ///
 /// Both limits work through the allocator: beyond them it gives nothing, which the engine reports as an error of the
-/// work it is doing. Memory is the one thing that it asks for wherever it is.
+/// work it is doing. Memory is the one thing that it asks for wherever it is. What the engine forgets to free, as it
+/// does on some paths through damaged documents, is freed with the context.
 class Context {
 public:
     explicit Context(const PdfLimits& limits);
@@ -49,13 +50,23 @@ public:
 private:
     using Clock = std::chrono::steady_clock;
 
+    /// Stands before each block of memory, in a list of all of them.
+    struct alignas(std::max_align_t) Block {
+        Block* previous;
+        Block* next;
+        std::size_t size;  // with this
+    };
+
     static void* allocate(void* self, std::size_t size);
     static void* reallocate(void* self, void* block, std::size_t size);
     static void release(void* self, void* block);
     [[nodiscard]] bool isOutOfTime() noexcept;
+    void link(Block* block) noexcept;
+    void unlink(const Block* block) noexcept;
 
     const PdfLimits limits_;
     std::size_t used_ = 0;
+    Block* blocks_ = nullptr;
     unsigned requests_ = 0;
     Clock::time_point end_;
     fz_cookie cookie_{};
