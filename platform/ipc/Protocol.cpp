@@ -5,12 +5,59 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <memory>
 
 namespace halden {
 namespace {
 
 constexpr std::size_t kMaxIntrospection = std::size_t{1} << 20;
 constexpr const char* kProtocolAnnotation = "org.quarry.Protocol";
+
+// Which element may stand in which, an empty name for the text itself. The transport's own parser relies on it without
+// looking, and falls over otherwise.
+struct Nesting {
+    std::string_view parent;
+    std::string_view child;
+};
+constexpr std::array kNestings = {
+    Nesting{"", "node"},
+    Nesting{"node", "node"},
+    Nesting{"node", "interface"},
+    Nesting{"interface", "method"},
+    Nesting{"interface", "signal"},
+    Nesting{"interface", "property"},
+    Nesting{"method", "arg"},
+    Nesting{"signal", "arg"},
+    Nesting{"node", "annotation"},
+    Nesting{"arg", "annotation"},
+    Nesting{"interface", "annotation"},
+    Nesting{"method", "annotation"},
+    Nesting{"signal", "annotation"},
+    Nesting{"property", "annotation"},
+    Nesting{"annotation", "annotation"},
+};
+constexpr guint kMaxNesting = 8;
+
+void checkElement(GMarkupParseContext* context, const char* name, const char**, const char**, gpointer,
+                  GError** error) {
+    const GSList* const stack = g_markup_parse_context_get_element_stack(context);
+    const std::string_view parent = stack->next != nullptr ? static_cast<const char*>(stack->next->data) : "";
+    const auto isThis = [&](const Nesting& nesting) { return nesting.parent == parent && nesting.child == name; };
+    if (std::any_of(kNestings.begin(), kNestings.end(), isThis) &&
+        g_slist_length(const_cast<GSList*>(stack)) <= kMaxNesting)
+        return;
+    g_set_error(error, G_MARKUP_ERROR, G_MARKUP_ERROR_UNKNOWN_ELEMENT, "misplaced <%s>", name);
+}
+
+bool isWellNested(const std::string& introspection) {
+    static const GMarkupParser kParser = {checkElement, nullptr, nullptr, nullptr, nullptr};
+    const auto release = [](GMarkupParseContext* context) { g_markup_parse_context_free(context); };
+    const std::unique_ptr<GMarkupParseContext, decltype(release)> context(
+        g_markup_parse_context_new(&kParser, static_cast<GMarkupParseFlags>(0), nullptr, nullptr), release);
+    return g_markup_parse_context_parse(context.get(), introspection.data(), static_cast<gssize>(introspection.size()),
+                                        nullptr) != FALSE &&
+           g_markup_parse_context_end_parse(context.get(), nullptr) != FALSE;
+}
 
 struct TypeName {
     const char* name;
@@ -116,7 +163,9 @@ std::optional<Protocol> Protocol::fromIntrospection(std::string_view introspecti
     if (introspection.size() > kMaxIntrospection) return std::nullopt;
     auto parts = std::make_shared<Parts>();
     parts->interfaceName = interfaceName;
-    parts->node.reset(g_dbus_node_info_new_for_xml(std::string(introspection).c_str(), nullptr));
+    const std::string text(introspection);
+    if (!isWellNested(text)) return std::nullopt;
+    parts->node.reset(g_dbus_node_info_new_for_xml(text.c_str(), nullptr));
     if (!parts->node) return std::nullopt;
     parts->info = interfaceNamed(*parts->node, parts->interfaceName);
     if (parts->info == nullptr) return std::nullopt;

@@ -75,6 +75,8 @@ TEST(ProtocolTest, RefusesWhatDescribesNoProtocol) {
         described(result + "<arg type='v' direction='in'><annotation name='org.quarry.Type' value='flag'/></arg>"));
     EXPECT_FALSE(Protocol::fromIntrospection("<node><interface name='a.b'/></node>", "a.c"));
     EXPECT_FALSE(Protocol::fromIntrospection("<node><interface name='a.b'/></node>", "")) << "no annotated one";
+    EXPECT_FALSE(described("<node><interface name='b.c'><method name='N'/></interface></node>")) << "misplaced node";
+    EXPECT_FALSE(Protocol::fromIntrospection("<interface name='a.b'/>", "a.b")) << "no node";
     EXPECT_FALSE(Protocol::fromIntrospection("<node", "a.b"));
     EXPECT_FALSE(Protocol::fromIntrospection("", "a.b"));
     EXPECT_FALSE(Protocol::fromIntrospection("<node>" + std::string(2 << 20, ' ') + "</node>", ""));
