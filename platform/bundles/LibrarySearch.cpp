@@ -4,7 +4,6 @@
 #include <glob.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cstdlib>
 #include <fstream>
 #include <optional>
@@ -14,47 +13,73 @@
 namespace halden {
 namespace {
 
+using Folders = std::vector<std::string>;
+
 constexpr int kMaxConfigurationFiles = 256;
 constexpr std::size_t kMaxLibraries = 2048;
 
-void addFoldersOfConfiguration(const std::string& file, std::vector<std::string>& folders, int& filesLeft) {
+std::string_view trimmed(std::string_view text) {
+    const std::size_t first = text.find_first_not_of(" \t");
+    if (first == std::string_view::npos) return {};
+    return text.substr(first, text.find_last_not_of(" \t") - first + 1);
+}
+
+/// What an "include" line names; empty for every other line.
+std::string_view includedPattern(std::string_view line) {
+    constexpr std::string_view kInclude = "include";
+    if (!line.starts_with(kInclude)) return {};
+    line.remove_prefix(kInclude.size());
+    return line.starts_with(' ') || line.starts_with('\t') ? trimmed(line) : std::string_view();
+}
+
+void addFoldersOfConfiguration(const std::string& file, Folders& folders, int& filesLeft) {
     if (--filesLeft < 0) return;
     std::ifstream lines(file);
-    for (std::string line; std::getline(lines, line);) {
-        line.erase(std::min(line.find('#'), line.size()));
-        const std::size_t first = line.find_first_not_of(" \t");
-        if (first == std::string::npos) continue;
-        line = line.substr(first, line.find_last_not_of(" \t") - first + 1);
-        constexpr std::string_view kInclude = "include ";
-        if (line.compare(0, kInclude.size(), kInclude) != 0) {
-            folders.push_back(line);
+    for (std::string text; std::getline(lines, text);) {
+        const std::string_view line = trimmed(std::string_view(text).substr(0, text.find('#')));
+        const std::string_view included = includedPattern(line);
+        if (included.empty()) {
+            if (!line.empty()) folders.emplace_back(line);
             continue;
         }
+        // A relative pattern starts at the file that it stands in.
+        const std::string base = included.starts_with('/') ? "" : file.substr(0, file.rfind('/') + 1);
         glob_t found{};
-        const std::string pattern = line.substr(line.find_first_not_of(" \t", kInclude.size()));
-        if (glob(pattern.c_str(), 0, nullptr, &found) == 0) {
-            for (std::size_t i = 0; i < found.gl_pathc; ++i) {
+        if (glob((base + std::string(included)).c_str(), 0, nullptr, &found) == 0) {
+            for (std::size_t i = 0; i < found.gl_pathc; ++i)
                 addFoldersOfConfiguration(found.gl_pathv[i], folders, filesLeft);
-            }
         }
         globfree(&found);
     }
 }
 
-/// The folders that every search ends with; they do not change while the process runs.
-const std::vector<std::string>& systemFolders() {
-    static const std::vector<std::string> folders = [] {
-        std::vector<std::string> list;
-        if (const char* variable = std::getenv("LD_LIBRARY_PATH")) {
-            std::string_view rest = variable;
-            while (!rest.empty()) {
-                const std::size_t separator = rest.find_first_of(":;");
-                list.emplace_back(separator == 0 ? "." : rest.substr(0, separator));
-                rest = separator == std::string_view::npos ? std::string_view() : rest.substr(separator + 1);
-            }
+/// The folders of LD_LIBRARY_PATH, which the loader reads when the process starts.
+const Folders& environmentFolders() {
+    static const Folders folders = [] {
+        Folders list;
+        const char* variable = std::getenv("LD_LIBRARY_PATH");
+        std::string_view rest = variable != nullptr ? variable : "";
+        while (!rest.empty()) {
+            const std::size_t separator = rest.find_first_of(":;");
+            list.emplace_back(separator == 0 ? "." : rest.substr(0, separator));
+            rest = separator == std::string_view::npos ? std::string_view() : rest.substr(separator + 1);
         }
+        return list;
+    }();
+    return folders;
+}
+
+/// The folders that every search ends with; they do not change while the process runs.
+const Folders& systemFolders() {
+    static const Folders folders = [] {
+        Folders list;
         int filesLeft = kMaxConfigurationFiles;
         addFoldersOfConfiguration("/etc/ld.so.conf", list, filesLeft);
+#if defined(__x86_64__)
+        list.insert(list.end(), {"/lib/x86_64-linux-gnu", "/usr/lib/x86_64-linux-gnu"});
+#elif defined(__aarch64__)
+        list.insert(list.end(), {"/lib/aarch64-linux-gnu", "/usr/lib/aarch64-linux-gnu"});
+#endif
         list.insert(list.end(), {"/lib64", "/usr/lib64", "/lib", "/usr/lib"});
         return list;
     }();
@@ -71,6 +96,13 @@ std::string withOrigin(std::string folder, const std::string& origin) {
     return folder;
 }
 
+/// An object on the way, and the one that needs it.
+struct Loaded {
+    const SharedObject& object;
+    std::string origin;  ///< the folder that it lies in
+    const Loaded* loader;
+};
+
 class LibrarySearch {
 public:
     explicit LibrarySearch(std::string& reason) : reason_(reason) {}
@@ -79,11 +111,10 @@ public:
         SharedObject object;
         std::string why;
         if (!readAt(path, object, why)) {
-            reason_ = path;
-            reason_.append(": ").append(why);
+            reason_ = path + ": " + why;
             return false;
         }
-        return canLoadNeeded(path, object);
+        return canLoadNeeded(path, object, nullptr);
     }
 
 private:
@@ -97,8 +128,8 @@ private:
     }
 
     // Recursion ends: each name is followed once, and their number is bounded.
-    bool canLoadNeeded(const std::string& path, const SharedObject& object) {
-        const std::string origin = path.substr(0, path.rfind('/'));
+    bool canLoadNeeded(const std::string& path, const SharedObject& object, const Loaded* loader) {
+        const Loaded self{object, path.substr(0, path.rfind('/')), loader};
         for (const std::string& name : object.needed) {
             if (!seen_.insert(name).second) continue;
             if (seen_.size() > kMaxLibraries) {
@@ -106,34 +137,47 @@ private:
                 return false;
             }
             SharedObject library;
-            const auto found = find(name, object, origin, library);
+            const auto found = find(name, self, library);
             if (!found) {
                 reason_ = path + ": needs " + name + ", which is not there";
                 return false;
             }
-            if (!canLoadNeeded(*found, library)) return false;
+            if (!canLoadNeeded(*found, library, &self)) return false;
         }
         return true;
     }
 
-    /// A file of this name that does not fit (another architecture) is passed over, as the loader does.
-    static std::optional<std::string> find(const std::string& name, const SharedObject& object,
-                                           const std::string& origin, SharedObject& library) {
-        const auto fits = [&library](const std::string& candidate) {
-            std::string why;
-            library = {};
-            return access(candidate.c_str(), R_OK) == 0 && readAt(candidate, library, why);
-        };
-        if (name.find('/') != std::string::npos) return fits(name) ? std::optional(name) : std::nullopt;
-        for (const std::string& folder : object.searchFolders) {
-            const std::string candidate = withOrigin(folder, origin).append("/").append(name);
-            if (fits(candidate)) return candidate;
+    static std::optional<std::string> find(const std::string& name, const Loaded& needing, SharedObject& library) {
+        if (name.find('/') != std::string::npos) {
+            const std::string path = withOrigin(name, needing.origin);
+            return fits(path, library) ? std::optional(path) : std::nullopt;
         }
-        for (const std::string& folder : systemFolders()) {
-            const std::string candidate = std::string(folder).append("/").append(name);
-            if (fits(candidate)) return candidate;
+        std::optional<std::string> found;
+        // An object with a DT_RUNPATH does not look at anybody's DT_RPATH.
+        const Loaded* inherited = needing.object.runPath.empty() ? &needing : nullptr;
+        for (; inherited != nullptr && !found; inherited = inherited->loader) {
+            found = findIn(inherited->object.rPath, name, inherited->origin, library);
+        }
+        if (!found) found = findIn(environmentFolders(), name, needing.origin, library);
+        if (!found) found = findIn(needing.object.runPath, name, needing.origin, library);
+        if (!found) found = findIn(systemFolders(), name, needing.origin, library);
+        return found;
+    }
+
+    static std::optional<std::string> findIn(const Folders& folders, const std::string& name, const std::string& origin,
+                                             SharedObject& library) {
+        for (const std::string& folder : folders) {
+            std::string candidate = withOrigin(folder, origin) + "/" + name;
+            if (fits(candidate, library)) return candidate;
         }
         return std::nullopt;
+    }
+
+    /// A file of the right name that does not fit (another architecture) is passed over, as the loader does.
+    static bool fits(const std::string& path, SharedObject& library) {
+        std::string why;
+        library = {};
+        return access(path.c_str(), R_OK) == 0 && readAt(path, library, why);
     }
 
     std::string& reason_;

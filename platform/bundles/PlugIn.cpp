@@ -27,20 +27,29 @@ const Dictionary* dictionaryOf(const Bundle& bundle, std::u16string_view key) {
     return value != nullptr ? value->as<Dictionary>() : nullptr;
 }
 
+/// The bundle's executable in memory, or a null pointer with the reason.
+void* loadedExecutable(const Bundle& bundle, std::string& reason) {
+    const auto path = bundle.executablePath();
+    // What is in memory already needs no preflight, which would cost more than most documents do.
+    void* library = path ? dlopen(path->c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NOLOAD) : nullptr;
+    if (library != nullptr || !bundle.preflight(&reason)) return library;
+    library = dlopen(path->c_str(), RTLD_NOW | RTLD_LOCAL);
+    if (library == nullptr) {
+        const char* error = dlerror();
+        reason = error != nullptr ? error : "unknown reason";
+    }
+    return library;
+}
+
 }  // namespace
 
 std::unique_ptr<PlugIn> PlugIn::plugInWithPath(std::u16string_view path) {
     auto bundle = Bundle::bundleWithPath(path);
     if (!bundle) return nullptr;
     std::string reason;
-    if (!bundle->preflight(&reason)) {
-        logDebug("Not loaded: " + reason);
-        return nullptr;
-    }
-    void* library = dlopen(bundle->executablePath()->c_str(), RTLD_NOW | RTLD_LOCAL);
+    void* library = loadedExecutable(*bundle, reason);
     if (library == nullptr) {
-        const char* error = dlerror();
-        logDebug(std::string("Not loaded: ") + (error != nullptr ? error : "unknown reason"));
+        logDebug("Not loaded: " + reason);
         return nullptr;
     }
     return std::unique_ptr<PlugIn>(new PlugIn(*std::move(bundle), library));

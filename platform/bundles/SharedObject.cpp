@@ -142,16 +142,19 @@ private:
             if (entry.d_tag == DT_NEEDED) object_.needed.emplace_back(string);
         }
         if (object_.needed.size() > kMaxNeeded) return refuse("it needs too many libraries");
-        splitFolders(runPath.empty() ? oldPath : runPath);
+        object_.runPath = foldersOf(runPath);
+        if (object_.runPath.empty()) object_.rPath = foldersOf(oldPath);
         return true;
     }
 
-    void splitFolders(std::string_view list) {
+    static std::vector<std::string> foldersOf(std::string_view list) {
+        std::vector<std::string> folders;
         while (!list.empty()) {
             const std::size_t colon = list.find(':');
-            if (const auto folder = list.substr(0, colon); !folder.empty()) object_.searchFolders.emplace_back(folder);
+            if (const auto folder = list.substr(0, colon); !folder.empty()) folders.emplace_back(folder);
             list = colon == std::string_view::npos ? std::string_view() : list.substr(colon + 1);
         }
+        return folders;
     }
 
     const Data& bytes_;

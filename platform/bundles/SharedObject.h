@@ -14,8 +14,9 @@
 namespace halden {
 
 struct SharedObject {
-    std::vector<std::string> needed;         ///< names of the libraries it needs (DT_NEEDED)
-    std::vector<std::string> searchFolders;  ///< DT_RUNPATH, else DT_RPATH, $ORIGIN not yet replaced
+    std::vector<std::string> needed;   ///< names of the libraries it needs (DT_NEEDED)
+    std::vector<std::string> runPath;  ///< folders for what it needs itself (DT_RUNPATH), $ORIGIN not yet replaced
+    std::vector<std::string> rPath;    ///< folders also for what those need (DT_RPATH); empty when there is a runPath
 };
 
 /// Reads `bytes` as a shared object that this process could load; false, with the reason, when it could not: no ELF
@@ -24,7 +25,8 @@ struct SharedObject {
 [[nodiscard]] bool readSharedObject(const Data& bytes, SharedObject& object, std::string& reason);
 
 /// Whether the shared object at `path` and all the libraries that it needs can be found and loaded, by the loader's own
-/// order: the object's search folders, LD_LIBRARY_PATH, the folders of /etc/ld.so.conf, the default ones.
+/// order: DT_RPATH of the object and of those that brought it in, LD_LIBRARY_PATH, DT_RUNPATH, the folders of
+/// /etc/ld.so.conf, the default ones.
 [[nodiscard]] bool canLoadSharedObject(const std::string& path, std::string& reason);
 
 }  // namespace halden
