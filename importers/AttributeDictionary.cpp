@@ -18,6 +18,8 @@ using halden::Null;
 using halden::Value;
 
 constexpr std::size_t kMaxDepth = 16;
+// No object is longer; a negative number that was made a length is.
+constexpr std::size_t kMaxLength = PTRDIFF_MAX;
 
 AttributeDictionary& dictionaryOf(quarry_attributes* attributes) {
     return *static_cast<AttributeDictionary*>(attributes);
@@ -63,11 +65,11 @@ int setDate(quarry_attributes* self, const char* key, double unixSeconds) {
     return put(self, key, [=] { return Value(Date::fromUnixSeconds(unixSeconds)); });
 }
 int setString(quarry_attributes* self, const char* key, const char* utf8, std::size_t length) {
-    if (utf8 == nullptr) return 0;
+    if (utf8 == nullptr || (length > kMaxLength && length != QUARRY_ZERO_TERMINATED)) return 0;
     return put(self, key, [=] { return Value(textOf(utf8, length)); });
 }
 int setData(quarry_attributes* self, const char* key, const void* bytes, std::size_t length) {
-    if (bytes == nullptr && length > 0) return 0;
+    if ((bytes == nullptr && length > 0) || length > kMaxLength) return 0;
     return put(self, key, [=] { return Value(Data::copying({static_cast<const std::uint8_t*>(bytes), length})); });
 }
 

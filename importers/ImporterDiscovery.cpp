@@ -8,7 +8,13 @@
 #include "platform/plists/PropertyList.h"
 #include "platform/process/Task.h"
 
+#include <fcntl.h>
+#include <poll.h>
+#include <unistd.h>
+
 #include <algorithm>
+#include <array>
+#include <cerrno>
 #include <optional>
 
 namespace quarry {
@@ -23,15 +29,39 @@ using Paths = std::vector<std::u16string>;
 // A list of a hundred thousand importers fits; a tool gone wild does not fill our memory.
 constexpr std::size_t kMaxListLength = 32U * 1024 * 1024;
 
-Data outputOfLister(const std::string& lister) {
+enum class PipeState { open, atEnd };
+
+/// Reads what is in the pipe now; what exceeds the limit is dropped, so that the writer never waits for us.
+PipeState readAvailable(int descriptor, std::string& output) {
+    std::array<char, 16384> chunk;
+    for (;;) {
+        const ssize_t count = read(descriptor, chunk.data(), chunk.size());
+        if (count < 0 && errno == EINTR) continue;
+        if (count < 0 && errno == EAGAIN) return PipeState::open;
+        if (count <= 0) return PipeState::atEnd;
+        output.append(chunk.data(), std::min(static_cast<std::size_t>(count), kMaxListLength - output.size()));
+    }
+}
+
+/// What the lister has written when it ends. It is read while the lister writes, since a list longer than the pipe
+/// holds would otherwise never be finished; the end of the pipe is not waited for, since something that the lister
+/// left running may hold it open for ever.
+std::string outputOfLister(const std::string& lister) {
+    constexpr int kLookEvery = 10;  // milliseconds; the end of the pipe is noticed at once
     halden::Pipe pipe;
+    fcntl(pipe.readingEnd(), F_SETFL, O_NONBLOCK);
     halden::Task task;
     task.setLaunchPath(lister);
     task.setArguments({"-L"});
     task.setStandardError(pipe);
     task.launch();
-    // Read while it writes: a list longer than the pipe holds would otherwise never be finished.
-    Data output = pipe.readDataToEndOfFile(kMaxListLength);
+    std::string output;
+    for (bool isRunning = true; isRunning;) {
+        pollfd watch{pipe.readingEnd(), POLLIN, 0};
+        poll(&watch, 1, kLookEvery);
+        isRunning = task.isRunning();  // asked first: what it wrote before it ended is in the pipe then
+        if (readAvailable(pipe.readingEnd(), output) == PipeState::atEnd) break;
+    }
     task.waitUntilExit();
     return output;
 }
@@ -86,7 +116,7 @@ Paths scannedFolders(const halden::ImporterLocations& locations) {
 }  // namespace
 
 std::vector<std::u16string> discoverImporters(const halden::ImporterLocations& locations) {
-    const auto output = halden::strictUtf16FromUtf8(outputOfLister(locations.lister).view());
+    const auto output = halden::strictUtf16FromUtf8(outputOfLister(locations.lister));
     if (!output) return {};
     Paths list = listInOutput(*output);
     return list.empty() ? scannedFolders(locations) : inPriorityOrder(std::move(list), locations);

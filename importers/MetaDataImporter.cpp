@@ -45,18 +45,23 @@ const Array* importedTypes(const Value& documentType) {
     return types != nullptr ? types->as<Array>() : nullptr;
 }
 
+std::shared_ptr<MetaDataImporter>& keptSharedImporter() {
+    static std::shared_ptr<MetaDataImporter> shared;
+    return shared;
+}
+
 }  // namespace
 
 MetaDataImporter::MetaDataImporter(halden::ImporterLocations locations) : locations_(std::move(locations)) {}
 
 std::shared_ptr<MetaDataImporter> MetaDataImporter::sharedImporter() {
-    static std::weak_ptr<MetaDataImporter> shared;
-    auto instance = shared.lock();
-    if (!instance) {
-        instance = std::make_shared<MetaDataImporter>();
-        shared = instance;
-    }
-    return instance;
+    auto& shared = keptSharedImporter();
+    if (!shared) shared = std::make_shared<MetaDataImporter>();
+    return shared;
+}
+
+void MetaDataImporter::releaseSharedImporter() noexcept {
+    keptSharedImporter().reset();
 }
 
 const MetaDataImporter::Types* MetaDataImporter::contentTypesForMDImporter(const std::u16string& path) const {
@@ -103,10 +108,10 @@ void MetaDataImporter::readTypesOfImporter(const std::u16string& path) {
 }
 
 std::optional<std::u16string> MetaDataImporter::contentTypeOfFile(std::u16string_view path) {
-    // What is not there has no type, and does not cost the search for importers.
-    if (!contentTypes_.contentTypeOfFile(path)) return std::nullopt;
+    // What is not there has no type, and does not cost the search for importers; what is there is asked for again
+    // after the search, since the importers add their own types to what is known.
+    if (!typesOfImporter_ && !contentTypes_.contentTypeOfFile(path)) return std::nullopt;
     initMDImporters();
-    // Asked again, since the importers have added their own types to what is known.
     const auto type = contentTypes_.contentTypeOfFile(path);
     return type ? std::optional(halden::lowercaseString(*type)) : std::nullopt;
 }

@@ -26,8 +26,11 @@ public:
 
     explicit MetaDataImporter(halden::ImporterLocations locations = halden::ImporterLocations::standard());
 
-    /// The shared instance, made when there is none; it lives as long as somebody holds it. Not thread-safe.
+    /// The shared instance, made when there is none and kept. Not thread-safe.
     [[nodiscard]] static std::shared_ptr<MetaDataImporter> sharedImporter();
+
+    /// Keeps the shared instance no longer: it goes when nobody else holds it, and the next call makes another.
+    static void releaseSharedImporter() noexcept;
 
     /// Whether the importer of the file's type can be loaded and answers the importer interface. False for nil.
     [[nodiscard]] bool supportsFileAtPath(std::optional<std::u16string_view> path);

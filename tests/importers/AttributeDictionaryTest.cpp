@@ -40,6 +40,9 @@ TEST_F(AttributeDictionaryTest, ADictionaryNeedsKeys) {
     EXPECT_EQ(table_.open_array(self_, nullptr), 0);
     EXPECT_EQ(table_.close(self_), 0);
     EXPECT_EQ(table_.remove(self_, "absent"), 0);
+    // Lengths that were negative numbers.
+    EXPECT_EQ(table_.set_string(self_, "s", "x", static_cast<std::size_t>(-2)), 0);
+    EXPECT_EQ(table_.set_data(self_, "d", "x", static_cast<std::size_t>(-1)), 0);
     EXPECT_TRUE(dictionary_.take().empty());
 }
 

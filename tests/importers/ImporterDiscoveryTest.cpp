@@ -8,6 +8,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <csignal>
 #include <fstream>
 
 namespace quarry {
@@ -133,6 +134,19 @@ TEST_F(ImporterDiscoveryTest, AListLongerThanAPipeHoldsIsReadToItsEnd) {
         paths.push_back(u"/nowhere/" + std::u16string(60, u'x') + u".mdimporter");
     listerLists(paths);
     EXPECT_EQ(discoverImporters(locations_).size(), paths.size());
+}
+
+TEST_F(ImporterDiscoveryTest, SomethingLeftRunningByTheListerIsNotWaitedFor) {
+    // It would hold the pipe open for as long as this test may last.
+    locations_.lister =
+        folder_.write("lister", "#!/bin/sh\n/bin/sleep 600 &\necho $! >'" + (folder_ / "left").string() +
+                                    "'\nprintf '(\\n\"/nowhere/A.mdimporter\"\\n)\\n' >&2\n");
+    fs::permissions(locations_.lister, fs::perms::owner_all);
+    EXPECT_THAT(discoverImporters(locations_), ElementsAre(u"/nowhere/A.mdimporter"));
+    pid_t left = 0;
+    std::ifstream(folder_ / "left") >> left;
+    ASSERT_GT(left, 0);
+    EXPECT_EQ(kill(left, SIGKILL), 0) << "it ended before";
 }
 
 TEST_F(ImporterDiscoveryTest, PathsThatAreNoUtf8ComeThroughTheList) {

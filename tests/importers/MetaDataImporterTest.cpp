@@ -269,9 +269,13 @@ TEST_F(MetaDataImporterTest, CleanUpSeesResultsAndTheFallbackStandsInForNone) {
     EXPECT_FALSE(importer.metaDataOfFileAtPath(std::nullopt));
 }
 
-TEST(SharedImporter, LivesAsLongAsItIsHeld) {
-    const auto first = MetaDataImporter::sharedImporter();
-    EXPECT_EQ(MetaDataImporter::sharedImporter(), first);
+TEST(SharedImporter, IsKeptUntilItIsReleased) {
+    const std::weak_ptr<MetaDataImporter> first = MetaDataImporter::sharedImporter();
+    ASSERT_FALSE(first.expired());
+    EXPECT_EQ(MetaDataImporter::sharedImporter(), first.lock());
+    MetaDataImporter::releaseSharedImporter();
+    EXPECT_TRUE(first.expired());
+    EXPECT_NE(MetaDataImporter::sharedImporter(), nullptr);
 }
 
 }  // namespace
