@@ -32,9 +32,10 @@ public:
     [[nodiscard]] fz_cookie* cookie() noexcept { return &cookie_; }
 
     /// Runs `body`; false when the engine threw inside. The engine throws by a jump: `body` must not own anything that
-    /// needs a destructor, nor let C++ exceptions out.
+    /// needs a destructor, nor let C++ exceptions out. What it sets outside counts even when the engine throws
+    /// afterwards: never inlined, so that no variable of the caller sits in a register that the jump restores.
     template <class Body>
-    bool attempt(Body body) noexcept {
+    [[gnu::noinline]] bool attempt(Body body) noexcept {
         bool succeeded = false;
         fz_var(succeeded);
         fz_try(context_) {

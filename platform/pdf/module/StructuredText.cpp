@@ -65,7 +65,7 @@ std::optional<std::u16string> textOfPage(Context& context, pdf_document* documen
         structured.lines = fz_new_stext_page(engine, fz_bound_page(engine, structured.page));
         structured.device = fz_new_stext_device(engine, structured.lines, &options);
     });
-    if (!isLoaded) return std::nullopt;
+    if (!isLoaded || structured.lines == nullptr) return std::nullopt;
     // Each part on its own: a broken annotation does not take the page's text with it.
     bool isRead = false;
     for (const auto run : {fz_run_page_contents, fz_run_page_annots, fz_run_page_widgets}) {
