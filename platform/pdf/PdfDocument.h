@@ -27,7 +27,8 @@ struct PdfLimits {
 /// Damaged files are rebuilt as far as they can be: their cross-reference table, their object streams, and a page tree
 /// made of every page object, in object-number order. A document that is encrypted under the empty password is open;
 /// one that needs another is locked: it has a page count, and those attributes that are not encrypted, but no text. A
-/// document that encrypts only its attachments is not locked. Scripts in it are never run.
+/// document that encrypts only its attachments is not locked; one encrypted in a way that nobody here knows (for the
+/// holders of certificates, say) is. Scripts in a document are never run.
 ///
 /// Used by one thread at a time.
 class PdfDocument {

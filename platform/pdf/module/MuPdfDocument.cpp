@@ -1,6 +1,7 @@
 #include "platform/pdf/module/MuPdfDocument.h"
 
 #include "platform/pdf/module/Information.h"
+#include "platform/pdf/module/MaskedStream.h"
 #include "platform/pdf/module/Rebuild.h"
 #include "platform/pdf/module/StructuredText.h"
 
@@ -36,6 +37,10 @@ bool isIdentity(fz_context* engine, pdf_obj* encryption, pdf_obj* key) {
     return filter == nullptr || pdf_name_eq(engine, filter, PDF_NAME(Identity)) != 0;
 }
 
+fz_stream* newStreamOfBytes(fz_context* engine, const Data& data) {
+    return fz_open_memory(engine, data.bytes(), data.length());
+}
+
 /// The number that the document has: the engine keeps floats, whose shortest digits are those that were written.
 double numberAsWritten(float number) {
     char digits[32];
@@ -58,19 +63,33 @@ MuPdfDocument::~MuPdfDocument() {
     pdf_drop_document(context_.get(), document_);
 }
 
-bool MuPdfDocument::openDocument() {
-    if (data_.empty()) return false;
+bool MuPdfDocument::openStream(fz_stream* (*newStream)(fz_context* engine, const Data& data)) {
     fz_stream* stream = nullptr;
     const bool isOpen = context_.attempt([&](fz_context* engine) {
-        stream = fz_open_memory(engine, data_.bytes(), data_.length());
+        stream = newStream(engine, data_);
         document_ = pdf_open_document_with_stream(engine, stream);
     });
     fz_drop_stream(context_.get(), stream);
-    if (!isOpen) return false;
-    readEncryption();
+    return isOpen;
+}
+
+bool MuPdfDocument::openDocument() {
+    if (data_.empty()) return false;
+    if (openStream(newStreamOfBytes)) {
+        readEncryption();
+    } else if (mentionsEncryption(data_) && openStream(newMaskedStream)) {
+        lock();
+    } else {
+        return false;
+    }
     // There is nothing to rebuild from what cannot be read.
     pageCount_ = isLocked_ ? plausiblePageCount(context_, document_) : pageCountAfterRebuild(context_, document_);
     return true;
+}
+
+void MuPdfDocument::lock() {
+    isEncrypted_ = isLocked_ = true;
+    stringsAreReadable_ = false;
 }
 
 void MuPdfDocument::readEncryption() {
@@ -85,10 +104,7 @@ void MuPdfDocument::readEncryption() {
         isLocked_ = !(stringsAreReadable_ && streamsAreReadable);
     });
     // An encryption that cannot even be read is not one that anybody gets through.
-    if (!isRead) {
-        isEncrypted_ = isLocked_ = true;
-        stringsAreReadable_ = false;
-    }
+    if (!isRead) lock();
 }
 
 std::string MuPdfDocument::version() {

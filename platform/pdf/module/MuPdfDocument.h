@@ -25,6 +25,8 @@ private:
     MuPdfDocument(const Data& data, const PdfLimits& limits) : data_(data), context_(limits) {}
 
     [[nodiscard]] bool openDocument();
+    [[nodiscard]] bool openStream(fz_stream* (*newStream)(fz_context* engine, const Data& data));
+    void lock();
     void readEncryption();
     void preparePageMap(int page);
 

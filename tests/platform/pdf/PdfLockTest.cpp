@@ -60,6 +60,43 @@ TEST(PdfLock, EncryptedAttachmentsDoNotLock) {
     }
 }
 
+TEST(PdfLock, UnknownEncryptionLocks) {
+    const std::string proof = PdfEncryption("").proof();
+    for (const std::string& encryption : {
+             std::string("/Filter /Adobe.PubSec /SubFilter /adbe.pkcs7.s5 /V 4"),
+             std::string("/Filter /SomebodysOwn /V 1"),
+             "/Filter /Standard /V 99 /R 99 " + proof,
+             std::string("/Filter /Standard /V 1 /R 2"),
+         }) {
+        TinyPdf pdf = test::documentWithPages({test::showing("x"), test::showing("y")}, "/Title (garbage)");
+        // Long enough that the name in the trailer lies across pieces that are read.
+        pdf.addStream(std::string(5000, ' '));
+        const int dictionary = pdf.add("<< " + encryption + " >>");
+        pdf.setTrailer("/Root 1 0 R /Info 4 0 R" + PdfEncryption::trailer(dictionary));
+        const auto document = PdfDocument::documentWithData(pdf.data());
+        ASSERT_TRUE(document) << encryption;
+        EXPECT_TRUE(document->isLocked() && document->isEncrypted()) << encryption;
+        EXPECT_EQ(document->pageCount(), 2) << encryption;
+        EXPECT_EQ(document->mediaBoxOfPage(1), (Size{200, 100})) << encryption;
+        EXPECT_EQ(document->textOfPage(0), std::nullopt) << encryption;
+        EXPECT_TRUE(document->documentAttributes().empty()) << encryption;
+    }
+}
+
+// Wherever the name falls among the pieces in which the document is read.
+TEST(PdfLock, UnknownEncryptionIsFoundAtEveryPlace) {
+    for (std::size_t length = 3300; length < 3600; ++length) {
+        TinyPdf pdf = test::documentWithPages({"", ""});
+        pdf.addStream(std::string(length, ' '));
+        const int dictionary = pdf.add("<< /Filter /SomebodysOwn >>");
+        pdf.setTrailer("/Root 1 0 R" + PdfEncryption::trailer(dictionary));
+        const auto document = PdfDocument::documentWithData(pdf.data());
+        ASSERT_TRUE(document) << length;
+        ASSERT_TRUE(document->isLocked()) << length;
+        ASSERT_EQ(document->pageCount(), 2) << length;
+    }
+}
+
 TEST(PdfLock, EitherFilterLocksButReadableStringsAreRead) {
     const auto streams = PdfDocument::documentWithData(documentWithFilters("/StmF /StdCF /StrF /Identity").data());
     ASSERT_TRUE(streams);
