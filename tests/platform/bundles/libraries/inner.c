@@ -1,0 +1,3 @@
+__attribute__((visibility("default"))) int quarry_test_inner(void) {
+    return 1;
+}
