@@ -13,12 +13,13 @@
 #include <cctype>
 #include <cstring>
 #include <fstream>
-#include <iterator>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace {
+
+constexpr std::size_t kMaxLength = 16 * 1024 * 1024;
 
 struct Field {
     std::string name;
@@ -121,7 +122,9 @@ void setStrings(quarry_attributes* attributes, const char* key, std::vector<std:
 std::uint8_t importBibliography(quarry_importer*, quarry_attributes* attributes, const char*, const char* path) {
     std::ifstream file(path, std::ios::binary);
     if (!file) return 0;
-    const std::string text((std::istreambuf_iterator<char>(file)), {});
+    std::string text(kMaxLength, '\0');  // what comes after is not read
+    file.read(text.data(), static_cast<std::streamsize>(text.size()));
+    text.resize(static_cast<std::size_t>(file.gcount()));
     std::vector<std::string> authors;
     std::string content;
     Field field;
