@@ -58,8 +58,10 @@ void Listener::run() {
     while (!handshakes_.empty())
         g_main_context_iteration(context(), TRUE);
     for (const auto& peer : peers_)
-        peer->end();
-    peers_.clear();
+        peer->disconnect();
+    // What a connection has to tell keeps it, and the context, until it is told.
+    while (!peers_.empty() || g_main_context_pending(context()) != FALSE)
+        g_main_context_iteration(context(), TRUE);
     g_main_context_pop_thread_default(context());
 }
 

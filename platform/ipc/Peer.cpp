@@ -86,7 +86,6 @@ void Peer::end() {
     for (const guint number : registrations_)
         g_dbus_connection_unregister_object(connection_.get(), number);
     deadline_.reset();
-    disconnect();
 }
 
 bool Peer::isClosed() const {

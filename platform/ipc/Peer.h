@@ -35,7 +35,9 @@ public:
 
     /// Vends the objects and lets messages in; `closed` is called once when the client has gone.
     void begin(std::function<void()> closed);
-    /// Lets go of the client, gone or not.
+    /// Begins to disconnect; `closed` is called when that is done.
+    void disconnect();
+    /// Lets go of a client that has gone.
     void end();
     [[nodiscard]] bool isClosed() const;
 
@@ -48,7 +50,6 @@ private:
     void scheduleCheck();
     void checkReplies();
     void repliesTaken();
-    void disconnect();
 
     std::shared_ptr<PeerSurroundings> surroundings_;
     GPointer<GDBusConnection> connection_;

@@ -56,6 +56,12 @@ public:
         return true;
     }
 
+    /// Dispatches what is ready.
+    void drain() {
+        while (g_main_context_iteration(context_.get(), FALSE) != FALSE) {
+        }
+    }
+
 private:
     void iterate(double limit) {
         GPointer<GSource> alarm;
@@ -85,8 +91,8 @@ struct Pending {
     }
 };
 
-GPointer<GDBusConnection> authenticated(GIOStream* stream, double limit) {
-    PrivateContext context;
+// A connection over `stream`, or null. `context` must be iterated until the connection has told it that it is closed.
+GPointer<GDBusConnection> authenticated(GIOStream* stream, double limit, PrivateContext& context) {
     const PrivateContext::Default asDefault(context);
     Pending pending;
     const GPointer<GCancellable> cancellable(g_cancellable_new());
@@ -129,12 +135,25 @@ private:
 
 class SocketRootProxy final : public RootProxy {
 public:
-    SocketRootProxy(GPointer<GDBusConnection> connection, int processIdentifier)
-        : connection_(std::move(connection)), processIdentifier_(processIdentifier) {}
+    SocketRootProxy(std::unique_ptr<PrivateContext> context, GPointer<GDBusConnection> connection,
+                    int processIdentifier)
+        : context_(std::move(context)), connection_(std::move(connection)), processIdentifier_(processIdentifier) {
+        const auto closed = +[](GDBusConnection*, gboolean, GError*, gpointer self) {
+            static_cast<SocketRootProxy*>(self)->closed_ = true;
+        };
+        g_signal_connect(connection_.get(), "closed", G_CALLBACK(closed), this);
+        if (g_dbus_connection_is_closed(connection_.get()) != FALSE) closed_ = true;
+    }
 
     ~SocketRootProxy() override {
-        g_dbus_connection_close(connection_.get(), nullptr, nullptr, nullptr);
+        const PrivateContext::Default asDefault(*context_);
+        Pending closing;
+        g_dbus_connection_close(connection_.get(), nullptr, Pending::finish, &closing);
         flushing_.finish();
+        // What the connection has to tell keeps it, and the context, until it is told.
+        context_->runUntil(closing.done, kForever);
+        context_->runUntil(closed_, kForever);
+        context_->drain();
     }
 
     void setRequestTimeout(double seconds) override { timeouts_.request = checkedTimeout(seconds); }
@@ -272,6 +291,8 @@ private:
         return context.runUntil(done, replyLimit - secondsSince(start));
     }
 
+    std::unique_ptr<PrivateContext> context_;
+    bool closed_ = false;  // told in the destructor: the context is not iterated before
     GPointer<GDBusConnection> connection_;
     int processIdentifier_;
     Flushing flushing_;
@@ -292,9 +313,10 @@ std::shared_ptr<RootProxy> RootProxy::rootProxyForConnectionWithRegisteredName(s
     if (!credentials) return nullptr;
     const GPointer<GIOStream> stream = streamFromSocket(socket.release());
     if (!stream) return nullptr;
-    GPointer<GDBusConnection> connection = authenticated(stream.get(), connectLimit - secondsSince(start));
+    auto context = std::make_unique<PrivateContext>();
+    GPointer<GDBusConnection> connection = authenticated(stream.get(), connectLimit - secondsSince(start), *context);
     if (!connection) return nullptr;
-    return std::make_shared<SocketRootProxy>(std::move(connection), credentials->pid);
+    return std::make_shared<SocketRootProxy>(std::move(context), std::move(connection), credentials->pid);
 }
 
 std::shared_ptr<RootProxy> RootProxy::rootProxyForConnectionWithRegisteredName(std::u16string_view name) {

@@ -11,6 +11,8 @@
 #include <chrono>
 #include <csignal>
 #include <cstdio>
+#include <filesystem>
+#include <iterator>
 #include <thread>
 
 namespace halden::testing {
@@ -270,6 +272,32 @@ TEST_F(ConnectionTest, AProxyOfAStoppedPeerCanBeLetGo) {
         EXPECT_EQ(failureOf([&] { (void)echo_->echoString(large); }), ConnectionFailure::timedOut);
     echo_.reset();
     root_.reset();
+}
+
+std::ptrdiff_t openDescriptors(const std::string& process) {
+    const std::filesystem::directory_iterator entries("/proc/" + process + "/fd");
+    return std::distance(begin(entries), end(entries));
+}
+
+TEST_F(ConnectionTest, NothingIsLeftOfAProxy) {
+    start();
+    const Data data(std::vector<std::uint8_t>(2 << 20));
+    const auto connectAndCall = [&] {
+        const auto root = connectTo(folder_.path());
+        ASSERT_NE(root, nullptr);
+        EXPECT_EQ(EchoServiceProxy(root).echoData(data), data);
+    };
+    for (int i = 0; i < 20; ++i)
+        connectAndCall();
+    const auto here = openDescriptors("self");
+    const auto there = openDescriptors(std::to_string(server_->pid()));
+    for (int i = 0; i < 300; ++i)
+        connectAndCall();
+    EXPECT_LE(openDescriptors("self"), here + 3);
+    // The server may be a moment behind.
+    for (int tries = 0; tries < 100 && openDescriptors(std::to_string(server_->pid())) > there + 3; ++tries)
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    EXPECT_LE(openDescriptors(std::to_string(server_->pid())), there + 3);
 }
 
 TEST_F(ConnectionTest, ConnectingDoesNotWaitForAnOperation) {
