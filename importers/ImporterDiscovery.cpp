@@ -27,20 +27,25 @@ using halden::Value;
 using Paths = std::vector<std::u16string>;
 
 // A list of a hundred thousand importers fits; a tool gone wild does not fill our memory.
-constexpr std::size_t kMaxListLength = 32U * 1024 * 1024;
+constexpr std::size_t kMaxListLength = std::size_t{32} * 1024 * 1024;
+
+// 1 MiB together.
+constexpr int kReadsAtATime = 64;
 
 enum class PipeState { open, atEnd };
 
 /// Reads what is in the pipe now; what exceeds the limit is dropped, so that the writer never waits for us.
 PipeState readAvailable(int descriptor, std::string& output) {
     std::array<char, 16384> chunk;
-    for (;;) {
+    // As much as a pipe can hold at a time: what keeps writing does not keep us here.
+    for (int reads = 0; reads < kReadsAtATime; ++reads) {
         const ssize_t count = read(descriptor, chunk.data(), chunk.size());
         if (count < 0 && errno == EINTR) continue;
         if (count < 0 && errno == EAGAIN) return PipeState::open;
         if (count <= 0) return PipeState::atEnd;
         output.append(chunk.data(), std::min(static_cast<std::size_t>(count), kMaxListLength - output.size()));
     }
+    return PipeState::open;
 }
 
 /// What the lister has written when it ends. It is read while the lister writes, since a list longer than the pipe
@@ -97,7 +102,7 @@ Paths inPriorityOrder(Paths list, const halden::ImporterLocations& locations) {
     const std::u16string mail = appendingPathComponent(locations.systemFolder, u"Mail.mdimporter");
     if (std::find(importers.begin(), importers.end(), mail) == importers.end() && halden::fileExistsAtPath(mail)) {
         importers.push_back(mail);
-        halden::logInfo("Added: " + halden::utf8FromUtf16(mail));
+        halden::logInfo("Added: " + halden::pathBytesFromString(mail).value_or(std::string()));
     }
     return importers;
 }
