@@ -4,7 +4,9 @@
 #include "foundation/Log.h"
 #include "foundation/Path.h"
 #include "foundation/Unicode.h"
+#include "platform/ipc/Registry.h"
 
+#include <algorithm>
 #include <chrono>
 #include <thread>
 
@@ -15,6 +17,8 @@ using halden::RootProxy;
 
 constexpr std::chrono::milliseconds kPollInterval{50};
 constexpr int kPollsForLaunch = 40;
+// What an attempt that began in time may take beyond the two seconds of polling.
+constexpr std::chrono::milliseconds kLastAttempt{500};
 constexpr const char* kClassName = "HelperTask";
 
 }  // namespace
@@ -82,16 +86,20 @@ std::unique_ptr<halden::Task> HelperTask::launchedTask() const {
 }
 
 std::shared_ptr<RootProxy> HelperTask::connectWithRetry() const {
+    // A holder of the name that accepts and then says nothing must not stretch forty attempts to minutes.
+    const auto deadline = std::chrono::steady_clock::now() + kPollsForLaunch * kPollInterval + kLastAttempt;
     for (int poll = 0; poll < kPollsForLaunch; ++poll) {
         std::this_thread::sleep_for(kPollInterval);
-        if (auto proxy = rootProxy()) return proxy;
+        const std::chrono::duration<double> left = deadline - std::chrono::steady_clock::now();
+        if (left.count() <= 0) break;
+        if (auto proxy = rootProxy(std::min(left.count(), RootProxy::kConnectLimit))) return proxy;
     }
     return nullptr;
 }
 
-std::shared_ptr<RootProxy> HelperTask::rootProxy() const {
-    return registryFolder_.empty() ? RootProxy::rootProxyForConnectionWithRegisteredName(proxyName_)
-                                   : RootProxy::rootProxyForConnectionWithRegisteredName(proxyName_, registryFolder_);
+std::shared_ptr<RootProxy> HelperTask::rootProxy(double connectLimit) const {
+    const std::string folder = registryFolder_.empty() ? halden::registryFolder() : registryFolder_;
+    return RootProxy::rootProxyForConnectionWithRegisteredName(proxyName_, folder, connectLimit);
 }
 
 void HelperTask::initProxy(RootProxy& proxy, double seconds) const {
@@ -105,7 +113,7 @@ void HelperTask::initProxy(RootProxy& proxy, double seconds) const {
 std::shared_ptr<RootProxy> HelperTask::launchedProxyUsingTimeout(double seconds) {
     std::shared_ptr<RootProxy> proxy;
     try {
-        proxy = rootProxy();
+        proxy = rootProxy(RootProxy::kConnectLimit);
         if (proxy) initProxy(*proxy, seconds);
     } catch (const std::exception&) {
         // A proxy that could not be set up is still a proxy.
@@ -124,7 +132,7 @@ bool HelperTask::stillBusy() {
     return proxy && proxy->respondsToSelector("stillBusy") && proxy->stillBusy();
 }
 
-void HelperTask::waitUntilDone(double seconds) noexcept {
+void HelperTask::waitUntilDone(double seconds) {
     const auto poll = [this, seconds] {
         const auto proxy = launchedProxy();
         if (!proxy || !proxy->respondsToSelector("stillBusy") || !proxy->stillBusy()) return true;

@@ -64,7 +64,7 @@ public:
     [[nodiscard]] bool stillBusy();
 
     /// Asks a helper that is busy every 50 ms until it no longer is, or until `seconds` have passed. Never throws.
-    void waitUntilDone(double seconds) noexcept;
+    void waitUntilDone(double seconds);
 
     /// Sends the termination signal to the child that this object has started, if it still runs, and forgets it. Does
     /// not wait for its end.
@@ -91,7 +91,7 @@ private:
     [[nodiscard]] std::unique_ptr<halden::Task> launchedTask() const;
     [[nodiscard]] std::shared_ptr<halden::RootProxy> launchAndConnect(double seconds);
     [[nodiscard]] std::shared_ptr<halden::RootProxy> connectWithRetry() const;
-    [[nodiscard]] std::shared_ptr<halden::RootProxy> rootProxy() const;
+    [[nodiscard]] std::shared_ptr<halden::RootProxy> rootProxy(double connectLimit) const;
     void initProxy(halden::RootProxy& proxy, double seconds) const;
 
     std::unique_ptr<halden::Task> task_;

@@ -6,12 +6,7 @@
 namespace quarry {
 
 std::shared_ptr<RespondsToListener> RespondsToListener::sharedInstance() {
-    static std::weak_ptr<RespondsToListener> shared;
-    auto instance = shared.lock();
-    if (!instance) {
-        instance = std::make_shared<RespondsToListener>();
-        shared = instance;
-    }
+    static const auto instance = std::make_shared<RespondsToListener>();
     return instance;
 }
 

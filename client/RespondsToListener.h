@@ -10,8 +10,7 @@ namespace quarry {
 /// it is asked about and does not respond to.
 class RespondsToListener {
 public:
-    /// The shared instance, made when there is none. It lives as long as somebody holds it; the next call then makes
-    /// another. Not thread-safe.
+    /// The shared instance, made on first use and kept: it may be set where nobody holds it.
     [[nodiscard]] static std::shared_ptr<RespondsToListener> sharedInstance();
 
     virtual ~RespondsToListener() = default;

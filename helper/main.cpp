@@ -3,7 +3,25 @@
 #include "platform/ipc/Connection.h"
 #include "platform/ipc/RunLoop.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace {
+
+/// A standard stream that was closed would become the descriptor of a socket, and an importer's printf go into it.
+void openStandardStreams() {
+    int descriptor = 0;
+    do {
+        descriptor = open("/dev/null", O_RDWR);
+    } while (descriptor >= 0 && descriptor <= STDERR_FILENO);
+    if (descriptor >= 0) close(descriptor);
+}
+
+}  // namespace
+
 int main() {
+    openStandardStreams();
+
     halden::Connection connection;
     connection.setRootObject(
         std::make_shared<halden::HaldenImExportRootObject>(std::make_shared<quarry::QuarryHelper>()));

@@ -91,7 +91,7 @@ void MetaDataImporter::readTypesOfImporter(const std::u16string& path) {
     const Value* value = bundle->objectForInfoDictionaryKey(u"CFBundleDocumentTypes");
     const auto* documentTypes = value != nullptr ? value->as<Array>() : nullptr;
     if (documentTypes == nullptr || documentTypes->empty() || isTagsMailImporter(*bundle)) {
-        halden::logInfo("Skipped: " + halden::utf8FromUtf16(path));
+        halden::logInfo("Skipped: " + halden::pathBytesFromString(path).value_or(std::string()));
         return;
     }
     for (const Value& documentType : *documentTypes) {

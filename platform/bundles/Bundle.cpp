@@ -1,10 +1,11 @@
 #include "platform/bundles/Bundle.h"
 
 #include "foundation/Path.h"
-#include "foundation/Strings.h"
 #include "platform/bundles/DirectoryContents.h"
 #include "platform/bundles/SharedObject.h"
 #include "platform/plists/PropertyList.h"
+
+#include <algorithm>
 
 namespace halden {
 namespace {
@@ -19,8 +20,12 @@ Dictionary readInfoDictionary(std::u16string_view bundlePath) {
     return dictionary != nullptr ? std::move(*dictionary) : Dictionary();
 }
 
+/// A string's boolean value: true when, after spaces, a sign and zeros, it begins with Y, T or a digit from 1.
 bool isYes(std::u16string_view text) {
-    return isEqualToStringNoCase(text, u"YES") || isEqualToStringNoCase(text, u"true") || text == u"1";
+    text.remove_prefix(std::min(text.find_first_not_of(u" \t\n"), text.size()));
+    if (!text.empty() && (text.front() == u'+' || text.front() == u'-')) text.remove_prefix(1);
+    text.remove_prefix(std::min(text.find_first_not_of(u'0'), text.size()));
+    return !text.empty() && std::u16string_view(u"YyTt123456789").find(text.front()) != std::u16string_view::npos;
 }
 
 }  // namespace
@@ -38,6 +43,7 @@ bool Bundle::boolForInfoDictionaryKey(std::u16string_view key) const {
     if (value == nullptr) return false;
     if (const auto* boolean = value->as<bool>()) return *boolean;
     if (const auto* integer = value->as<std::int64_t>()) return *integer != 0;
+    if (const auto* real = value->as<double>()) return *real != 0;
     // Published bundles write the strings YES and NO.
     const auto* text = value->as<std::u16string>();
     return text != nullptr && isYes(*text);
@@ -59,7 +65,8 @@ std::optional<std::string> Bundle::executablePath() const {
     const std::u16string folder = appendingPathComponent(path_, u"Contents/Linux");
     for (const auto& candidate : {name, u"lib" + name + u".so"}) {
         const std::u16string path = appendingPathComponent(folder, candidate);
-        if (fileExistsAtPath(path) && !isDirectoryAtPath(path)) return pathBytesFromString(path);
+        // A regular file: the loader would wait for ever at a named pipe.
+        if (isRegularFileAtPath(path)) return pathBytesFromString(path);
     }
     return std::nullopt;
 }

@@ -27,8 +27,8 @@ public:
         return infoDictionary_.find(key);
     }
 
-    /// The value of `key` as a boolean: a boolean, an integer other than 0, or a string that is "YES", "true" or "1"
-    /// ignoring case. Everything else, and an absent key, is false.
+    /// The value of `key` as a boolean: a boolean, a number other than 0, or a string that begins, after spaces, a sign
+    /// and zeros, with Y, T (in either case) or a digit from 1. Everything else, and an absent key, is false.
     [[nodiscard]] bool boolForInfoDictionaryKey(std::u16string_view key) const;
 
     /// CFBundleIdentifier; empty when there is none.

@@ -49,6 +49,11 @@ bool isDirectoryAtPath(std::u16string_view path) {
     return mode && S_ISDIR(*mode);
 }
 
+bool isRegularFileAtPath(std::u16string_view path) {
+    const auto mode = modeAtPath(path);
+    return mode && S_ISREG(*mode);
+}
+
 bool fileExistsAtPath(std::u16string_view path) {
     return modeAtPath(path).has_value();
 }

@@ -23,6 +23,9 @@ enum class EntryForm { name, fullPath };
 /// Whether a folder, or a link to one, is at `path`.
 [[nodiscard]] bool isDirectoryAtPath(std::u16string_view path);
 
+/// Whether a regular file, or a link to one, is at `path`.
+[[nodiscard]] bool isRegularFileAtPath(std::u16string_view path);
+
 /// Whether anything, links followed, is at `path`.
 [[nodiscard]] bool fileExistsAtPath(std::u16string_view path);
 

@@ -2,6 +2,7 @@
 
 #include "foundation/Log.h"
 #include "foundation/Unicode.h"
+#include "platform/bundles/SharedObject.h"
 
 #include <dlfcn.h>
 
@@ -30,9 +31,13 @@ const Dictionary* dictionaryOf(const Bundle& bundle, std::u16string_view key) {
 /// The bundle's executable in memory, or a null pointer with the reason.
 void* loadedExecutable(const Bundle& bundle, std::string& reason) {
     const auto path = bundle.executablePath();
+    if (!path) {
+        reason = "no executable";
+        return nullptr;
+    }
     // What is in memory already needs no preflight, which would cost more than most documents do.
-    void* library = path ? dlopen(path->c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NOLOAD) : nullptr;
-    if (library != nullptr || !bundle.preflight(&reason)) return library;
+    void* library = dlopen(path->c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NOLOAD);
+    if (library != nullptr || !canLoadSharedObject(*path, reason)) return library;
     library = dlopen(path->c_str(), RTLD_NOW | RTLD_LOCAL);
     if (library == nullptr) {
         const char* error = dlerror();

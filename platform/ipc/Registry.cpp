@@ -153,9 +153,13 @@ FileDescriptor lockedFile(int folder, const std::string& file, std::string& reas
 }
 
 FileDescriptor listeningSocket(const sockaddr_un& address, int folder, const std::string& file, std::string& reason) {
-    if (somebodyListens(address)) {
-        reason = "another process listens";
-        return {};
+    // A process that ends gives up its descriptors one after the other, the lock perhaps before the socket.
+    for (int attempt = 0; somebodyListens(address); ++attempt) {
+        if (attempt == kLockAttempts) {
+            reason = "another process listens";
+            return {};
+        }
+        std::this_thread::sleep_for(kLockInterval);
     }
     unlinkat(folder, file.c_str(), 0);
     FileDescriptor socket = newSocket();

@@ -28,18 +28,25 @@ public:
         static auto* instance = new Reaper;  // children may outlive static destruction
         return *instance;
     }
-    void adopt(pid_t child) {
+    /// Takes over the handle.
+    void adopt(int handle) {
         const std::lock_guard lock(mutex_);
-        children_.push_back(child);
+        handles_.push_back(handle);
     }
     void collect() {
         const std::lock_guard lock(mutex_);
-        std::erase_if(children_, [](pid_t child) { return waitpid(child, nullptr, WNOHANG) != 0; });
+        std::erase_if(handles_, [](int handle) {
+            siginfo_t info{};
+            const int result = waitid(P_PIDFD, static_cast<id_t>(handle), &info, WEXITED | WNOHANG);
+            if (result == 0 && info.si_pid == 0) return false;
+            close(handle);
+            return true;
+        });
     }
 
 private:
     std::mutex mutex_;
-    std::vector<pid_t> children_;
+    std::vector<int> handles_;
 };
 
 /// The inherited environment with changes, in the form that posix_spawn takes.
@@ -151,30 +158,33 @@ struct Task::State {
     pid_t child = 0;
     int handle = -1;  // pidfd: names the child even after its number was given to another process
     std::optional<siginfo_t> ending;
+    bool hasEnded = false;  // without `ending`: somebody else has collected it, and how it ended is lost
 
     State() = default;
     State(const State&) = delete;
     State& operator=(const State&) = delete;
     ~State() {
         if (handle >= 0) {
-            if (!reap(WNOHANG)) Reaper::shared().adopt(child);
-            close(handle);
+            if (reap(WNOHANG))
+                close(handle);
+            else
+                Reaper::shared().adopt(handle);
         }
         Reaper::shared().collect();
     }
 
     /// Collects the child when it has ended, or, without WNOHANG, as soon as it does.
-    bool reap(int options) noexcept {
+    bool reap(int options) {
         if (handle < 0) return false;
-        if (ending) return true;
+        if (hasEnded) return true;
         siginfo_t info{};
         int result = 0;
         do {
             result = waitid(P_PIDFD, static_cast<id_t>(handle), &info, WEXITED | options);
         } while (result != 0 && errno == EINTR);
-        // ECHILD: somebody else in this process has collected it; how it ended is lost.
         if (result == 0 && info.si_pid == 0) return false;
-        ending = info;
+        if (result == 0) ending = info;
+        hasEnded = true;
         return true;
     }
 
@@ -236,8 +246,11 @@ void Task::launch() {
     state_->handle = static_cast<int>(syscall(SYS_pidfd_open, state_->child, 0));
     if (state_->handle < 0) {
         const std::string reason = std::strerror(errno);
-        ::kill(state_->child, SIGKILL);
-        Reaper::shared().adopt(state_->child);
+        // The number may be somebody else's by now when the child was collected behind our back.
+        if (waitpid(state_->child, nullptr, WNOHANG) == 0) {
+            ::kill(state_->child, SIGKILL);
+            waitpid(state_->child, nullptr, 0);
+        }
         throw Exception("InvalidArgumentException", "cannot watch " + state_->launchPath + ": " + reason);
     }
     for (const Redirection* redirection : {&state_->output, &state_->error}) {
@@ -261,11 +274,11 @@ void Task::kill() noexcept {
     if (isRunning()) syscall(SYS_pidfd_send_signal, state_->handle, SIGKILL, nullptr, 0);
 }
 
-void Task::waitUntilExit() noexcept {
+void Task::waitUntilExit() {
     state_->reap(0);
 }
 
-bool Task::waitUntilExit(std::chrono::milliseconds limit) noexcept {
+bool Task::waitUntilExit(std::chrono::milliseconds limit) {
     if (state_->handle < 0) return true;
     const auto deadline = std::chrono::steady_clock::now() + limit;
     while (!state_->reap(WNOHANG)) {
@@ -277,7 +290,7 @@ bool Task::waitUntilExit(std::chrono::milliseconds limit) noexcept {
 }
 
 std::optional<int> Task::terminationStatus() noexcept {
-    if (state_->handle < 0 || !state_->reap(WNOHANG)) return std::nullopt;
+    if (state_->handle < 0 || !state_->reap(WNOHANG) || !state_->ending) return std::nullopt;
     return state_->ending->si_status;
 }
 

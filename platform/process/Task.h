@@ -42,8 +42,8 @@ private:
 /// mask and no descriptors but the three standard ones. Used by one thread at a time.
 ///
 /// Destruction does not end a child that is still running; use `terminate` or `kill` for that. A child that has ended
-/// is reaped at once; one that is still running is handed to a reaper that collects it when it ends, so that it never
-/// stays behind as a zombie.
+/// is collected at once; one that is let go while it runs is collected when a task is launched or destroyed after its
+/// end.
 class Task {
 public:
     Task();
@@ -79,12 +79,12 @@ public:
     void kill() noexcept;
 
     /// Waits until the child has ended; returns at once when it was never launched.
-    void waitUntilExit() noexcept;
+    void waitUntilExit();
     /// The same, but for at most `limit`; returns whether the child has ended.
-    bool waitUntilExit(std::chrono::milliseconds limit) noexcept;
+    bool waitUntilExit(std::chrono::milliseconds limit);
 
     /// The exit status of a child that ended by itself, or the number of the signal that ended it; nullopt while it
-    /// runs.
+    /// runs, and when something else in this process has collected it.
     [[nodiscard]] std::optional<int> terminationStatus() noexcept;
     [[nodiscard]] bool wasKilledBySignal() noexcept;
 

@@ -19,7 +19,7 @@ bool launchTaskAndWaitUntilExitWithLaunchPath(std::string path, std::vector<std:
         task.setLaunchPath(std::move(path));
         task.setArguments(std::move(arguments));
         return runToCompletion(task);
-    } catch (const Exception&) {
+    } catch (const std::exception&) {
         logCaughtException("launchTaskAndWaitUntilExitWithLaunchPath:arguments:", "NSTask");
         return false;
     }
@@ -28,7 +28,7 @@ bool launchTaskAndWaitUntilExitWithLaunchPath(std::string path, std::vector<std:
 bool launchAndWaitUntilExit(Task& task) {
     try {
         return runToCompletion(task);
-    } catch (const Exception&) {
+    } catch (const std::exception&) {
         logCaughtException("launchAndWaitUntilExit", "NSTask");
         return false;
     }

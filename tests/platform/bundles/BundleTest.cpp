@@ -46,6 +46,10 @@ TEST(Bundle, BooleansAreSpelledInManyWays) {
         {"<string>Yes</string>", true},
         {"<integer>1</integer>", true},
         {"<integer>0</integer>", false},
+        {"<real>0.5</real>", true},
+        {"<string> +01</string>", true},
+        {"<string>0</string>", false},
+        {"<string>t</string>", true},
         {"<array/>", false},
     };
     for (const auto& [xml, expected] : rows) {
