@@ -25,6 +25,8 @@ struct Values {
     std::string generate;
     bool shared = false;
     bool json = false;
+    bool list = false;
+    bool jsonl = false;
     bool help = false;
     bool version = false;
 
@@ -34,6 +36,8 @@ struct Values {
     [[nodiscard]] bool* flag(std::string_view name) noexcept {
         return name == "--shared"    ? &shared
                : name == "--json"    ? &json
+               : name == "--list"    ? &list
+               : name == "--jsonl"   ? &jsonl
                : name == "--help"    ? &help
                : name == "--version" ? &version
                                      : nullptr;
@@ -105,11 +109,20 @@ Parsed checked(const CommandText& command, const Values& values, Invocation invo
         return UsageError{fmt::format("--data: '{}' is none of: {}", values.data, choicesOf(command, "--data"))};
     }
     invocation.json = values.json;
+    invocation.list = values.list;
+    invocation.jsonl = values.jsonl;
     return invocation;
 }
 
 bool looksLikeOption(const std::string& argument) {
     return argument.size() > 1 && argument.starts_with('-');
+}
+
+/// Where the words begin that are taken as they are.
+auto endOfOptions(const CommandText& command, std::span<const std::string> arguments) {
+    return std::ranges::find_if(arguments, [&](const std::string& argument) {
+        return argument == "--" || (command.operandsEndOptions && !looksLikeOption(argument));
+    });
 }
 
 Parsed parseCommand(const CommandText& command, std::span<const std::string> arguments, Values& values) {
@@ -126,7 +139,7 @@ Parsed parseCommand(const CommandText& command, std::span<const std::string> arg
     // The parser gives some words a meaning of their own ("{}", "++"): files are what it leaves over, and what follows
     // "--" never gets there.
     app.allow_extras();
-    const auto separator = std::ranges::find(arguments, "--");
+    const auto separator = endOfOptions(command, arguments);
     app.parse(reversed(arguments.first(static_cast<std::size_t>(separator - arguments.begin()))));
     if (values.help) {
         return Answer{commandHelp(command)};
@@ -137,12 +150,17 @@ Parsed parseCommand(const CommandText& command, std::span<const std::string> arg
         return UsageError{fmt::format("{}: there is no option '{}'", command.name, *unknown)};
     }
     if (separator != arguments.end()) {
-        invocation.files.insert(invocation.files.end(), separator + 1, arguments.end());
+        const auto rest = *separator == "--" ? separator + 1 : separator;
+        invocation.files.insert(invocation.files.end(), rest, arguments.end());
     }
     if (command.arguments.empty() && !invocation.files.empty()) {
         return UsageError{fmt::format("{} takes no arguments", command.name)};
     }
-    if (!command.arguments.empty() && invocation.files.empty()) {
+    if (command.name == "apply") {
+        if (values.list + values.jsonl + !invocation.files.empty() != 1) {
+            return UsageError{"apply takes an operation, or one of --list and --jsonl"};
+        }
+    } else if (!command.arguments.empty() && invocation.files.empty()) {
         return UsageError{fmt::format("{}: no file is named", command.name)};
     }
     return checked(command, values, std::move(invocation));

@@ -27,6 +27,8 @@ struct Invocation {
     DocumentOptions document;
     halden::JsonData data = halden::JsonData::summary;
     bool json = false;
+    bool list = false;   ///< apply: print the operations
+    bool jsonl = false;  ///< apply: answer calls on standard input
 };
 
 /// Text that was asked for (help, version); printed, the command is done.

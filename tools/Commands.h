@@ -9,6 +9,7 @@ namespace quarry::tools {
 Status metadataCommand(const Invocation& invocation);
 Status supportsCommand(const Invocation& invocation);
 Status importersCommand(const Invocation& invocation);
+Status applyCommand(const Invocation& invocation);
 Status doctorCommand(const Invocation& invocation);
 
 }  // namespace quarry::tools

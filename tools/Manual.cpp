@@ -44,6 +44,13 @@ constexpr std::array kImporterOptions{
     kHelp,
 };
 
+constexpr std::array kApplyOptions{
+    OptionText{"--jsonl", "", "",
+               "Answer calls: one JSON object a line on standard input, one answer a line on standard output."},
+    OptionText{"--list", "", "", "Print every operation with its arguments and its result, one a line."},
+    kHelp,
+};
+
 constexpr std::array kCommands{
     CommandText{"metadata", "FILE...", "Print the attributes and the text of files as JSON",
                 "Prints what the importer of a file's content type reports about it: title, authors, dates, text and "
@@ -63,6 +70,19 @@ constexpr std::array kCommands{
                 "Prints the importer table in the order in which importers are asked: the path of each bundle, and "
                 "below it, indented, the content types that it declares. No importer is loaded.",
                 false, kImporterOptions},
+    CommandText{"apply", "[OPERATION [ARG...]]", "Apply an operation of the library to text or data",
+                "Calls an operation of the library by its documented name, colons included, without a helper. Arguments "
+                "are the words that follow; when they are one short, the first argument is standard input, as it is "
+                "(a line feed at its end counts). Strings and data are taken literally, everything else is JSON: true, "
+                "3, [0, 5], [\"a\", \"b\"]. YES and NO stand for true and false.\n\n"
+                "A string is printed as it is with a line feed after it, data as they are, and everything else as "
+                "JSON.\n\n"
+                "With --jsonl a call is {\"op\": NAME, \"args\": [...]}, with the receiver first, and its answer "
+                "{\"result\": VALUE} or {\"error\": TEXT}; an \"id\" comes back in the answer. Data are "
+                "{\"base64\": TEXT}, dates {\"date\": SECONDS} since 1970, ranges [LOCATION, LENGTH], with null as "
+                "the location of none; nil is null. Strings are UTF-16: a lone surrogate is written \\uD800 and "
+                "survives.",
+                false, kApplyOptions, true},
     CommandText{"doctor", "", "Say what is installed, and what is missing",
                 "Looks at everything that the other commands rely on: the helper and the importer lister, the engines "
                 "with their versions, the folders of importers, the registry folder and a helper registered there, and "
@@ -102,6 +122,8 @@ constexpr std::array kExamples{
     TermText{"quarry metadata report.pdf", "Everything that is known about one document."},
     TermText{"quarry metadata --timeout 10 --memory 512M *.pdf > all.jsonl",
              "A line for each file, none of which may take long or grow large."},
+    TermText{"quarry apply stringByRemovingMultipleSpacesAndFeeds: YES < notes.txt",
+             "A text with every run of white space made one space."},
 };
 
 constexpr Manual kManual{

@@ -36,6 +36,8 @@ struct CommandText {
     std::string_view description;  ///< paragraphs, separated by empty lines
     bool opensDocuments = false;   ///< works through a helper and so takes the document options
     std::span<const OptionText> options;
+    /// After the first operand every word is one, dashes or not.
+    bool operandsEndOptions = false;
 };
 
 /// Everything about the program.

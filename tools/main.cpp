@@ -25,6 +25,9 @@ Status run(const Invocation& invocation) {
     if (invocation.command == "importers") {
         return importersCommand(invocation);
     }
+    if (invocation.command == "apply") {
+        return applyCommand(invocation);
+    }
     return doctorCommand(invocation);
 }
 
