@@ -74,7 +74,7 @@ void Surroundings::addImporter(const std::string& executable, const std::string&
     makeBundle(folder_ / "data/quarry/Spotlight", executable, executable, infoForExtension(extension));
 }
 
-pid_t Surroundings::start(const std::vector<std::string>& arguments, int output, int error) const {
+pid_t Surroundings::start(const std::vector<std::string>& arguments, int output, int error, int input) const {
     std::vector<std::string> words{QUARRY_BUILD_PREFIX "/bin/quarry"};
     words.insert(words.end(), arguments.begin(), arguments.end());
     std::vector<std::string> environment;
@@ -83,7 +83,11 @@ pid_t Surroundings::start(const std::vector<std::string>& arguments, int output,
     }
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+    if (input >= 0) {
+        posix_spawn_file_actions_adddup2(&actions, input, STDIN_FILENO);
+    } else {
+        posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+    }
     posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO);
     posix_spawn_file_actions_adddup2(&actions, error, STDERR_FILENO);
     posix_spawn_file_actions_addchdir_np(&actions, folder_.c_str());
@@ -97,13 +101,16 @@ pid_t Surroundings::start(const std::vector<std::string>& arguments, int output,
     return process;
 }
 
-Outcome Surroundings::run(const std::vector<std::string>& arguments) const {
+Outcome Surroundings::run(const std::vector<std::string>& arguments, const std::string& input) const {
     // Every call has files of its own: several may run at the same time.
     std::string outName = folder_ / "out-XXXXXX";
     std::string errorName = folder_ / "error-XXXXXX";
     const int out = ::mkostemp(outName.data(), O_CLOEXEC);
     const int error = ::mkostemp(errorName.data(), O_CLOEXEC);
-    const pid_t process = start(arguments, out, error);
+    const std::string inName = write("in" + outName.substr(outName.size() - 6), input);
+    const int in = ::open(inName.c_str(), O_RDONLY | O_CLOEXEC);
+    const pid_t process = start(arguments, out, error, in);
+    ::close(in);
     ::close(out);
     ::close(error);
     const int status = waitForEnd(process);

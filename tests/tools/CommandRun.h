@@ -37,10 +37,10 @@ public:
 
     void setVariable(const std::string& name, const std::string& value) { variables_[name] = value; }
 
-    /// Starts `quarry ARGUMENTS` in the folder and returns its process.
-    [[nodiscard]] pid_t start(const std::vector<std::string>& arguments, int output, int error) const;
-    /// Runs it to its end.
-    [[nodiscard]] Outcome run(const std::vector<std::string>& arguments) const;
+    /// Starts `quarry ARGUMENTS` in the folder and returns its process. Its standard input is `input`, or empty.
+    [[nodiscard]] pid_t start(const std::vector<std::string>& arguments, int output, int error, int input = -1) const;
+    /// Runs it to its end, with `input` as its standard input.
+    [[nodiscard]] Outcome run(const std::vector<std::string>& arguments, const std::string& input = {}) const;
 
     /// Processes that run in these surroundings.
     [[nodiscard]] std::vector<pid_t> processes() const;

@@ -74,7 +74,7 @@ TEST(Manual, EveryOptionIsParsed) {
             } else if (!option.argument.empty()) {
                 words.emplace_back("1");
             }
-            if (!command.arguments.empty()) {
+            if (!command.arguments.empty() && !command.arguments.starts_with('[')) {
                 words.emplace_back("file");
             }
             const Parsed parsed = parseArguments(words);
