@@ -49,12 +49,22 @@ private:
     std::vector<int> handles_;
 };
 
-/// The inherited environment with changes, in the form that posix_spawn takes.
-std::vector<std::string> environmentWith(const std::map<std::string, std::string>& changes) {
+using Variables = std::map<std::string, std::string>;
+
+/// The variables of the child, in the form that posix_spawn takes: the given ones or else the inherited, with changes.
+std::vector<std::string> environmentOf(const std::optional<Variables>& given, const Variables& changes) {
     std::vector<std::string> environment;
-    for (char** variable = environ; variable != nullptr && *variable != nullptr; ++variable) {
-        const std::string_view text = *variable;
-        if (!changes.contains(std::string(text.substr(0, text.find('='))))) environment.emplace_back(text);
+    const auto add = [&](std::string name, std::string_view variable) {
+        if (!changes.contains(name)) environment.emplace_back(variable);
+    };
+    if (given) {
+        for (const auto& [name, value] : *given)
+            add(name, name + "=" + value);
+    } else {
+        for (char** variable = environ; variable != nullptr && *variable != nullptr; ++variable) {
+            const std::string_view text = *variable;
+            add(std::string(text.substr(0, text.find('='))), text);
+        }
     }
     for (const auto& [name, value] : changes)
         environment.push_back(name + "=" + value);
@@ -94,17 +104,21 @@ struct SpawnParameters {
     SpawnParameters& operator=(const SpawnParameters&) = delete;
 };
 
-enum class Output { inherited, nullDevice, pipe };
+enum class Output { inherited, nullDevice, pipe, descriptor };
 
 struct Redirection {
     Output kind = Output::inherited;
     Pipe* pipe = nullptr;
+    int source = -1;
 
     void addTo(posix_spawn_file_actions_t& actions, int descriptor) const {
         if (kind == Output::nullDevice) {
-            posix_spawn_file_actions_addopen(&actions, descriptor, "/dev/null", O_WRONLY, 0);
+            posix_spawn_file_actions_addopen(&actions, descriptor, "/dev/null",
+                                             descriptor == STDIN_FILENO ? O_RDONLY : O_WRONLY, 0);
         } else if (kind == Output::pipe) {
             posix_spawn_file_actions_adddup2(&actions, pipe->writingEnd(), descriptor);
+        } else if (kind == Output::descriptor) {
+            posix_spawn_file_actions_adddup2(&actions, source, descriptor);
         }
     }
 };
@@ -151,8 +165,10 @@ Data Pipe::readDataToEndOfFile(std::size_t limit) {
 struct Task::State {
     std::string launchPath;
     std::vector<std::string> arguments;
-    std::map<std::string, std::string> environmentChanges;
+    std::optional<Variables> givenEnvironment;
+    Variables environmentChanges;
     std::string currentDirectory;
+    Redirection input;
     Redirection output;
     Redirection error;
     pid_t child = 0;
@@ -190,6 +206,7 @@ struct Task::State {
 
     void spawn() {
         SpawnParameters parameters;
+        input.addTo(parameters.actions, STDIN_FILENO);
         output.addTo(parameters.actions, STDOUT_FILENO);
         error.addTo(parameters.actions, STDERR_FILENO);
         posix_spawn_file_actions_addclosefrom_np(&parameters.actions, STDERR_FILENO + 1);
@@ -198,7 +215,7 @@ struct Task::State {
         }
         std::vector<std::string> commandLine = arguments;
         commandLine.insert(commandLine.begin(), launchPath);
-        std::vector<std::string> environment = environmentWith(environmentChanges);
+        std::vector<std::string> environment = environmentOf(givenEnvironment, environmentChanges);
         const int failure = posix_spawn(&child, launchPath.c_str(), &parameters.actions, &parameters.attributes,
                                         pointersTo(commandLine).data(), pointersTo(environment).data());
         if (failure != 0) {
@@ -223,20 +240,31 @@ void Task::setCurrentDirectory(std::string path) {
     state_->currentDirectory = std::move(path);
 }
 void Task::setStandardOutputToNullDevice() {
-    state_->output = {Output::nullDevice, nullptr};
+    state_->output = {.kind = Output::nullDevice};
 }
 void Task::setStandardErrorToNullDevice() {
-    state_->error = {Output::nullDevice, nullptr};
+    state_->error = {.kind = Output::nullDevice};
 }
 void Task::setStandardOutput(Pipe& pipe) {
-    state_->output = {Output::pipe, &pipe};
+    state_->output = {.kind = Output::pipe, .pipe = &pipe};
 }
 void Task::setStandardError(Pipe& pipe) {
-    state_->error = {Output::pipe, &pipe};
+    state_->error = {.kind = Output::pipe, .pipe = &pipe};
+}
+void Task::setStandardInputToNullDevice() {
+    state_->input = {.kind = Output::nullDevice};
+}
+void Task::setStandardInputAndOutput(int descriptor) {
+    state_->input = {.kind = Output::descriptor, .source = descriptor};
+    state_->output = state_->input;
 }
 
 void Task::setEnvironmentVariable(std::string name, std::string value) {
     state_->environmentChanges[std::move(name)] = std::move(value);
+}
+
+void Task::setEnvironment(std::map<std::string, std::string> environment) {
+    state_->givenEnvironment = std::move(environment);
 }
 
 void Task::launch() {

@@ -6,6 +6,7 @@
 #include <sys/types.h>
 
 #include <chrono>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -55,15 +56,21 @@ public:
     void setArguments(std::vector<std::string> arguments);
     /// The child inherits the environment with these changes.
     void setEnvironmentVariable(std::string name, std::string value);
+    /// The child has these variables, with the changes above, and inherits none.
+    void setEnvironment(std::map<std::string, std::string> environment);
     /// The folder the child starts in; by default ours.
     void setCurrentDirectory(std::string path);
 
     /// Connects standard output or error to the null device, or to a pipe, which must live until `launch` returns.
-    /// Standard input is inherited.
+    /// Standard input is inherited unless one of the last two is called.
     void setStandardOutputToNullDevice();
     void setStandardErrorToNullDevice();
     void setStandardOutput(Pipe& pipe);
     void setStandardError(Pipe& pipe);
+    void setStandardInputToNullDevice();
+    /// Makes one end of a channel both standard input and standard output. It stays open on our side, and must until
+    /// `launch` returns.
+    void setStandardInputAndOutput(int descriptor);
 
     /// Starts the child. The writing ends of the pipes are closed on our side. Throws `Exception` when the program
     /// cannot be started, or when the task was launched before.
