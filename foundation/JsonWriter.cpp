@@ -1,3 +1,4 @@
+#include "foundation/Base64.h"
 #include "foundation/Json.h"
 #include "foundation/Unicode.h"
 
@@ -35,24 +36,6 @@ std::string_view mediaTypeOf(const Data& data) {
         if (data.view().substr(0, signature.prefix.size()) == signature.prefix) return signature.mediaType;
     }
     return "application/octet-stream";
-}
-
-std::string base64(const Data& data) {
-    constexpr char kAlphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-    const auto bytes = data.span();
-    std::string out;
-    out.reserve((bytes.size() + 2) / 3 * 4);
-    for (std::size_t i = 0; i < bytes.size(); i += 3) {
-        const std::size_t rest = bytes.size() - i;
-        const unsigned second = rest > 1 ? bytes[i + 1] : 0U;
-        const unsigned third = rest > 2 ? bytes[i + 2] : 0U;
-        const unsigned group = (bytes[i] * 65536U) | (second << 8) | third;
-        out += kAlphabet[group >> 18];
-        out += kAlphabet[(group >> 12) & 63];
-        out += rest > 1 ? kAlphabet[(group >> 6) & 63] : '=';
-        out += rest > 2 ? kAlphabet[group & 63] : '=';
-    }
-    return out;
 }
 
 struct CivilTime {
@@ -171,7 +154,7 @@ private:
 
     void write(const Data& data) {
         if (options_.data == JsonData::base64) {
-            out_ += "{\"base64\": \"" + base64(data) + "\"}";
+            out_ += "{\"base64\": \"" + base64FromBytes(data.span()) + "\"}";
         } else {
             out_ += "{\"bytes\": " + std::to_string(data.length()) + ", \"type\": \"";
             out_.append(mediaTypeOf(data)).append("\"}");

@@ -1,6 +1,7 @@
 #include "foundation/operations/Operation.h"
 
-#include "foundation/operations/Base64.h"
+#include "foundation/Base64.h"
+#include "foundation/Unicode.h"
 
 #include <cmath>
 #include <limits>
@@ -88,10 +89,9 @@ Data Argument<Data>::from(const Value& value, std::size_t index) {
     if (const auto* data = value.as<Data>()) return *data;
     const Value* encoded = onlyEntry(value, u"base64");
     const auto* text = encoded != nullptr ? encoded->as<std::u16string>() : nullptr;
-    std::optional<Data> data;
-    if (text != nullptr) data = dataFromBase64(*text);
-    if (!data) throwWrongKind(index, Kind::data);
-    return *data;
+    auto bytes = text != nullptr ? bytesFromBase64(utf8FromUtf16(*text)) : std::nullopt;
+    if (!bytes) throwWrongKind(index, Kind::data);
+    return Data(*std::move(bytes));
 }
 
 Range Argument<Range>::from(const Value& value, std::size_t index) {

@@ -4,8 +4,8 @@
 //   <string>, <integer> (decimal or 0x..., signed), <real> (decimal, nan, inf, infinity), <true/>, <false/>,
 //   <date> (YYYY-MM-DDTHH:MM:SSZ), <data> (base 64), <array> of values, <dict> of <key> and value in turn.
 // Attributes say nothing. White space between elements and around numbers and dates counts for nothing.
+#include "foundation/Base64.h"
 #include "foundation/Unicode.h"
-#include "platform/plists/Base64.h"
 #include "platform/plists/DateText.h"
 #include "platform/plists/Forms.h"
 

@@ -1,6 +1,6 @@
 // The XML form, written. XmlReader.cpp describes it.
+#include "foundation/Base64.h"
 #include "foundation/Unicode.h"
-#include "platform/plists/Base64.h"
 #include "platform/plists/DateText.h"
 #include "platform/plists/PropertyList.h"
 
@@ -63,7 +63,7 @@ private:
     bool writeKind(const std::u16string& value, int depth) { return writeText("string", value, depth); }
 
     bool writeKind(const Data& value, int depth) {
-        writeElement("data", plists::base64FromBytes(value.span()), depth);
+        writeElement("data", base64FromBytes(value.span()), depth);
         return true;
     }
 

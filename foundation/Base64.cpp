@@ -1,8 +1,9 @@
-#include "platform/plists/Base64.h"
+#include "foundation/Base64.h"
 
+#include <algorithm>
 #include <array>
 
-namespace halden::plists {
+namespace halden {
 namespace {
 
 constexpr std::string_view kAlphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
@@ -64,4 +65,4 @@ std::string base64FromBytes(std::span<const std::uint8_t> bytes) {
     return text;
 }
 
-}  // namespace halden::plists
+}  // namespace halden

@@ -1,4 +1,4 @@
-// Base 64 as XML property lists carry it.
+// Bytes as letters, in base 64.
 #pragma once
 
 #include <cstdint>
@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-namespace halden::plists {
+namespace halden {
 
 /// The bytes of `text`, in which white space counts for nothing. Missing padding is forgiven; nullopt for any other
 /// character, for one after the padding, and for a single character too many.
@@ -17,4 +17,4 @@ namespace halden::plists {
 /// `bytes` in base 64 with padding, on one line.
 [[nodiscard]] std::string base64FromBytes(std::span<const std::uint8_t> bytes);
 
-}  // namespace halden::plists
+}  // namespace halden
