@@ -11,9 +11,9 @@
 //   - "<" opens a token wherever it stands in text: no letter need follow. ">" ends a tag unless it stands in a quoted
 //     value. Only a quote that follows a "=" (with anything between, up to the quote) opens a quoted value.
 //   - A script or style element is one token from its start tag to the ">" of its end tag, also named "script" or
-//     "style". An end tag inside a comment in the script does not end it. Without an end tag the start tag stands alone.
-//     When the ">" of the end tag is missing, the token claims one unit beyond the end of the text: documented, and kept,
-//     so that whoever indexes by `tagLength` must clamp. `Tag::tag()` does.
+//     "style". An end tag inside a comment in the script does not end it. Without an end tag the start tag stands
+//     alone. When the ">" of the end tag is missing, the token claims one unit beyond the end of the text: documented,
+//     and kept, so that whoever indexes by `tagLength` must clamp. `Tag::tag()` does.
 //   - "<!-" opens a comment, "<![" a marked section. They end as `TagKind` says. One that is still open at the end is
 //     delivered as it is; a tag that is still open is part of the last text.
 #pragma once
@@ -37,8 +37,8 @@ enum class TagKind : std::uint8_t {
 /// What a handler is told at each call: the arguments of the protocol, in their documented order. All locations are
 /// indices into `characters`.
 struct Tag {
-    /// The string being scanned, which the handler may change, in mutable mode; a null pointer otherwise. Changes do not
-    /// reach `characters`: a handler that edits keeps the running difference between the two.
+    /// The string being scanned, which the handler may change, in mutable mode; a null pointer otherwise. Changes do
+    /// not reach `characters`: a handler that edits keeps the running difference between the two.
     std::u16string* string = nullptr;
     /// The units being scanned, all of them. Valid until the scan returns, not longer.
     std::u16string_view characters;
@@ -76,8 +76,8 @@ private:
 };
 
 /// Called once a token. `context` is the caller's record, passed through. Returns true to stop the scan; what the last
-/// calls return, after the end of the text, does not matter. There is no way to skip: a handler that wants to pass over a
-/// region sets a flag in its record and looks away until the token that ends it.
+/// calls return, after the end of the text, does not matter. There is no way to skip: a handler that wants to pass over
+/// a region sets a flag in its record and looks away until the token that ends it.
 ///
 /// A handler may throw: the scan ends and the exception leaves `GetTagsOfString`.
 using TagHandler = bool (*)(const Tag& tag, void* context);
