@@ -1,0 +1,15 @@
+// The tables of the markup engine's operations, a theme each.
+#pragma once
+
+#include "foundation/operations/Operation.h"
+
+#include <span>
+
+namespace halden::operations {
+
+/// Html2Text.h
+[[nodiscard]] std::span<const Operation> plainTextOperations();
+/// Stripping.h
+[[nodiscard]] std::span<const Operation> strippingOperations();
+
+}  // namespace halden::operations
