@@ -54,4 +54,19 @@ bool isEqualToStringNoCase(std::u16string_view a, std::u16string_view b) {
            U_SUCCESS(status);
 }
 
+std::int64_t integerValue(std::u16string_view string) noexcept {
+    std::size_t at = 0;
+    while (at < string.size() && (string[at] == u' ' || (string[at] >= u'\t' && string[at] <= u'\r'))) ++at;
+    const bool isNegative = at < string.size() && string[at] == u'-';
+    if (at < string.size() && (isNegative || string[at] == u'+')) ++at;
+    std::int64_t value = 0;
+    for (; at < string.size() && string[at] >= u'0' && string[at] <= u'9'; ++at) {
+        const int digit = isNegative ? u'0' - string[at] : string[at] - u'0';
+        if (__builtin_mul_overflow(value, 10, &value) || __builtin_add_overflow(value, digit, &value)) {
+            return isNegative ? INT64_MIN : INT64_MAX;
+        }
+    }
+    return value;
+}
+
 }  // namespace halden

@@ -22,5 +22,25 @@ TEST(Strings, ComparisonIgnoresCaseAndNothingElse) {
     EXPECT_FALSE(isEqualToStringNoCase(std::u16string_view(u"a\0b", 3), u"a"));
 }
 
+TEST(Strings, HaveTheIntegerTheyBeginWith) {
+    const struct {
+        std::u16string_view string;
+        std::int64_t value;
+    } cases[] = {
+        {u"120px", 120},
+        {u" \t-7.5", -7},
+        {u"+3", 3},
+        {u"- 3", 0},
+        {u"", 0},
+        {u"px 120", 0},
+        {u"9223372036854775807", INT64_MAX},
+        {u"9223372036854775808", INT64_MAX},
+        {u"-9223372036854775808", INT64_MIN},
+        {u"-99999999999999999999", INT64_MIN},
+        {u"\uFF11", 0},
+    };
+    for (const auto& c : cases) EXPECT_EQ(integerValue(c.string), c.value);
+}
+
 }  // namespace
 }  // namespace halden
