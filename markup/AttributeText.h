@@ -19,9 +19,9 @@ struct AttributeTextOptions {
 
 /// The value of the first `upperCaseName` that stands, through the upper-case table, before a "=" with only white space
 /// between. Nothing is asked of what stands before the name: CHARSET is also found in "xcharset=a". A quoted value goes
-/// up to the next such quote, or to the end; with neither flag any other value is the whole rest of the string. An empty
-/// value does not count, and the search goes on. nullopt when there is none, and when the string is not longer than the
-/// name.
+/// up to the next such quote, or to the end; with neither flag any other value is the whole rest of the string. An
+/// empty value does not count, and the search goes on. nullopt when there is none, and when the string is not longer
+/// than the name.
 [[nodiscard]] std::optional<std::u16string> _copyOfAttributeOfString(std::u16string_view string,
                                                                      std::u16string_view upperCaseName,
                                                                      const AttributeTextOptions& options);

@@ -3,8 +3,9 @@
 //
 // In all forms: names are given in upper case, and compared through the upper-case table. Quoted values are passed over
 // while the name is looked for, and a quote without a partner ends the search. The first place where the name stands
-// before a "=" counts: when the value there is empty, there is none. White space around the "=" and after the value does
-// not count. A quoted value goes up to the same quote, but not past the ">" of the tag; any other up to white space or
+// before a "=" counts: when the value there is empty, there is none. White space around the "=" and after the value
+// does not count. A quoted value goes up to the same quote, but not past the ">" of the tag; any other up to white
+// space or
 // ">".
 #pragma once
 
@@ -28,14 +29,13 @@ namespace halden {
 
 /// Where the value stands in the buffer; {kNotFound, 0} when absent or empty.
 [[nodiscard]] Range rangeOfAttributeOfTagCharacters(std::u16string_view tag, std::string_view name);
-[[nodiscard]] Range rangeOfAttributeOfTagCharacters(std::u16string_view characters, Range range,
-                                                    std::string_view name);
+[[nodiscard]] Range rangeOfAttributeOfTagCharacters(std::u16string_view characters, Range range, std::string_view name);
 
 enum class AttributeValue : bool {
     plain,
     /// The "content" of a meta tag, which may carry markup: a quoted value may hold tags, and ends at a ">" that closes
-    /// none of them, or before "<meta". When its quote comes with one tag left open, a "<" or "</" just before the quote
-    /// does not count.
+    /// none of them, or before "<meta". When its quote comes with one tag left open, a "<" or "</" just before the
+    /// quote does not count.
     metaContent,
 };
 
@@ -51,8 +51,8 @@ std::optional<std::u16string> _attributeOfTagCharactersWithName(std::u16string_v
 [[nodiscard]] std::optional<std::u16string> attributeOfTagInRange(std::u16string_view string, Range range,
                                                                   std::u16string_view withName);
 
-/// A property of declarations such as "width: 20px; height: 10px", where ":" stands for "=" and ";" for ">". The name is
-/// shorter than the text by more than 1 unit.
+/// A property of declarations such as "width: 20px; height: 10px", where ":" stands for "=" and ";" for ">". The name
+/// is shorter than the text by more than 1 unit.
 [[nodiscard]] std::optional<std::u16string> attributeOfStyleWithName(std::u16string_view style,
                                                                      std::u16string_view name);
 [[nodiscard]] std::optional<std::u16string> attributeOfStyleInRange(std::u16string_view string, Range range,
@@ -60,8 +60,8 @@ std::optional<std::u16string> _attributeOfTagCharactersWithName(std::u16string_v
 
 // --- Width and height ----------------------------------------------------------------------------------------------
 
-/// The size of an image, a frame or a table cell: leading integers of WIDTH and HEIGHT (HEIGH also does, some pages have
-/// it), else those of its style. The height is only read when there is a width. Below 10 units both are 0. Returns
+/// The size of an image, a frame or a table cell: leading integers of WIDTH and HEIGHT (HEIGH also does, some pages
+/// have it), else those of its style. The height is only read when there is a width. Below 10 units both are 0. Returns
 /// whether the width is greater than 0. Neither pointer may be null.
 bool getTagWidthCharacters(std::u16string_view tag, std::int64_t* width, std::int64_t* height);
 bool getTagWidthCharacters(std::u16string_view characters, Range range, std::int64_t* width, std::int64_t* height);

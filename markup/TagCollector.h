@@ -48,13 +48,13 @@ struct StoreToRangesContext {
     std::size_t capacity = 0;
 };
 
-/// Adds one entry a call, that of the end included: the token's range, and {textLocation, tagLocation - textLocation} of
-/// the text run before it. The length of the last text wraps below 0 where a token claimed one unit too many. The arrays
-/// grow twofold; one that cannot grow is freed and becomes null, and the count goes on. Never stops.
+/// Adds one entry a call, that of the end included: the token's range, and {textLocation, tagLocation - textLocation}
+/// of the text run before it, both cut to the text where a token claims one unit too many. The arrays grow twofold; one
+/// that cannot grow is freed and becomes null, and the count goes on. Never stops.
 bool StoreToRangesHandler(const Tag& tag, void* context);
 
-/// Scan `string` and hand over the ranges asked for. They return how many entries there are: 0 for an empty string, else
-/// at least the one of the end. An array for which there was no memory is null.
+/// Scan `string` and hand over the ranges asked for. They return how many entries there are: 0 for an empty string,
+/// else at least the one of the end. An array for which there was no memory is null.
 std::size_t getXmlTags(std::u16string_view string, RangeArray* tagRanges);
 std::size_t getXmlContents(std::u16string_view string, RangeArray* textRanges);
 std::size_t getXml(std::u16string_view string, RangeArray* tagRanges, RangeArray* textRanges);

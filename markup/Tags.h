@@ -1,8 +1,8 @@
 // What a tag is, and its name.
 //
-// Every test exists for a buffer with a range, and for a string that holds one tag. Offsets count from the token's "<". A
-// range may claim one unit too many, as the scanner's script tokens do; beyond that it is cut to the buffer. Nothing here
-// looks further than it has to: whether the first unit is a "<" is not asked.
+// Every test exists for a buffer with a range, and for a string that holds one tag. Offsets count from the token's "<".
+// A range may claim one unit too many, as the scanner's script tokens do; beyond that it is cut to the buffer. Nothing
+// here looks further than it has to: whether the first unit is a "<" is not asked.
 #pragma once
 
 #include "foundation/Range.h"
