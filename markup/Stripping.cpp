@@ -270,11 +270,15 @@ bool StripLinksHandler(const Tag& tag, void* context) {
     return false;
 }
 
+/// Without white space and line ends at both ends; what else counts as white in a text is no white space here.
 std::u16string_view trimmed(std::u16string_view string) {
-    const CharacterBitmap& white = whiteCharacterSetRep();
-    while (!string.empty() && white.contains(string.front()))
+    const auto isTrimmed = [](char16_t unit) {
+        constexpr std::u16string_view kKept(u"\u0000\u0003\uFEFF\uFFFC", 4);
+        return whiteCharacterSetRep().contains(unit) && kKept.find(unit) == std::u16string_view::npos;
+    };
+    while (!string.empty() && isTrimmed(string.front()))
         string.remove_prefix(1);
-    while (!string.empty() && white.contains(string.back()))
+    while (!string.empty() && isTrimmed(string.back()))
         string.remove_suffix(1);
     return string;
 }
