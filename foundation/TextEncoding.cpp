@@ -173,6 +173,17 @@ std::u16string decodedText(std::string_view bytes, CFStringEncoding encoding, st
     return text;
 }
 
+std::optional<std::u16string> strictlyDecodedText(std::string_view bytes, CFStringEncoding encoding) {
+    const Codec* codec = codecOf(encoding);
+    if (codec == nullptr) return std::nullopt;
+    // Only the tables give several units for a byte, and those need no room in advance.
+    const std::size_t limit = codec->isStateless() ? SIZE_MAX : bytes.size() + 1;
+    DecodeResult result;
+    std::u16string text = decodedText(bytes, encoding, limit, result);
+    if (result.status != DecodeStatus::complete || result.undefined > 0) return std::nullopt;
+    return text;
+}
+
 std::optional<std::string> encodedText(std::u16string_view text, CFStringEncoding encoding) {
     const Codec* codec = codecOf(encoding);
     if (codec == nullptr) return std::nullopt;

@@ -90,6 +90,9 @@ DecodeResult decodeText(std::string_view bytes, CFStringEncoding encoding, std::
 [[nodiscard]] std::u16string decodedText(std::string_view bytes, CFStringEncoding encoding, std::size_t limit,
                                          DecodeResult& result);
 
+/// The whole text, only when every byte is part of a character that the encoding defines; else nullopt.
+[[nodiscard]] std::optional<std::u16string> strictlyDecodedText(std::string_view bytes, CFStringEncoding encoding);
+
 /// Bytes of `text`; nullopt when it has a character that the encoding lacks, or a lone surrogate, or the encoding is
 /// unavailable. UTF-16 and UTF-32 without a byte order in their name are little-endian with a byte-order mark.
 [[nodiscard]] std::optional<std::string> encodedText(std::u16string_view text, CFStringEncoding encoding);
