@@ -3,7 +3,10 @@
 #include <unicode/uchar.h>
 #include <unicode/ustring.h>
 
+#include <array>
+#include <charconv>
 #include <climits>
+#include <cmath>
 #include <stdexcept>
 
 namespace halden {
@@ -19,6 +22,10 @@ bool isAscii(std::u16string_view string) noexcept {
     for (const char16_t unit : string)
         all |= unit;
     return all < 0x80;
+}
+
+bool isAsciiWhite(char16_t unit) noexcept {
+    return unit == u' ' || (unit >= u'\t' && unit <= u'\r');
 }
 
 char16_t asciiLower(char16_t unit) noexcept {
@@ -56,7 +63,8 @@ bool isEqualToStringNoCase(std::u16string_view a, std::u16string_view b) {
 
 std::int64_t integerValue(std::u16string_view string) noexcept {
     std::size_t at = 0;
-    while (at < string.size() && (string[at] == u' ' || (string[at] >= u'\t' && string[at] <= u'\r'))) ++at;
+    while (at < string.size() && isAsciiWhite(string[at]))
+        ++at;
     const bool isNegative = at < string.size() && string[at] == u'-';
     if (at < string.size() && (isNegative || string[at] == u'+')) ++at;
     std::int64_t value = 0;
@@ -67,6 +75,26 @@ std::int64_t integerValue(std::u16string_view string) noexcept {
         }
     }
     return value;
+}
+
+float floatValue(std::u16string_view string) noexcept {
+    constexpr std::size_t kLongestNumber = 128;  // more digits than a float can tell apart
+    std::size_t at = 0;
+    while (at < string.size() && isAsciiWhite(string[at]))
+        ++at;
+    if (string.substr(at).starts_with(u"+-")) return 0;
+    if (at < string.size() && string[at] == u'+') ++at;
+    std::array<char, kLongestNumber> number{};
+    std::size_t length = 0;
+    constexpr std::u16string_view kUnits = u"0123456789.eE+-";
+    while (length < number.size() && at < string.size() && kUnits.find(string[at]) != std::u16string_view::npos) {
+        number[length++] = static_cast<char>(string[at++]);
+    }
+    float value = 0;
+    const auto [end, error] = std::from_chars(number.data(), number.data() + length, value);
+    if (error != std::errc::result_out_of_range) return value;
+    const bool isLarge = std::string_view(number.data(), length).find("e-") == std::string_view::npos;
+    return !isLarge ? 0 : number[0] == '-' ? -HUGE_VALF : HUGE_VALF;
 }
 
 }  // namespace halden

@@ -17,4 +17,8 @@ namespace halden {
 /// what 64 bits hold.
 [[nodiscard]] std::int64_t integerValue(std::u16string_view string) noexcept;
 
+/// The decimal number that `string` begins with, after white space and a sign, as the nearest of single precision; 0
+/// when there is none.
+[[nodiscard]] float floatValue(std::u16string_view string) noexcept;
+
 }  // namespace halden

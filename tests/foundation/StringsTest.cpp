@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 namespace halden {
 namespace {
 
@@ -39,7 +41,21 @@ TEST(Strings, HaveTheIntegerTheyBeginWith) {
         {u"-99999999999999999999", INT64_MIN},
         {u"\uFF11", 0},
     };
-    for (const auto& c : cases) EXPECT_EQ(integerValue(c.string), c.value);
+    for (const auto& c : cases)
+        EXPECT_EQ(integerValue(c.string), c.value);
+}
+
+TEST(Strings, HaveTheDecimalNumberTheyBeginWith) {
+    const struct {
+        std::u16string_view string;
+        float value;
+    } cases[] = {
+        {u"7 days", 7.0F}, {u" 1.5", 1.5F}, {u"+.25x", 0.25F}, {u"-2e1", -20.0F},    {u"1e", 1.0F},
+        {u"days", 0.0F},   {u"", 0.0F},     {u"+-3", 0.0F},    {u"1e99", HUGE_VALF}, {u"-1e99", -HUGE_VALF},
+        {u"1e-99", 0.0F},  {u"0.1", 0.1F},  {u"inf", 0.0F},    {u"nan", 0.0F},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(floatValue(c.string), c.value);
 }
 
 }  // namespace
