@@ -17,7 +17,7 @@ enum class DocumentKind {
     odt,         ///< OpenDocument text in a package
     fodt,        ///< OpenDocument text in one XML file
     wordML,      ///< Word's XML of 2003
-    flatDocx,    ///< Office Open XML in one XML file
+    flatDocx,    ///< Office Open XML in one XML file; known so that its markup is not taken for a text
     html,        ///< HTML and XHTML
     webArchive,  ///< a property list with a page and its resources
 };

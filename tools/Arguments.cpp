@@ -22,6 +22,7 @@ struct Values {
     std::string timeout;
     std::string memory;
     std::string data;
+    std::string output;
     std::string generate;
     bool shared = false;
     bool json = false;
@@ -31,7 +32,11 @@ struct Values {
     bool version = false;
 
     [[nodiscard]] std::string* text(std::string_view name) noexcept {
-        return name == "--timeout" ? &timeout : name == "--memory" ? &memory : name == "--data" ? &data : nullptr;
+        return name == "--timeout"  ? &timeout
+               : name == "--memory" ? &memory
+               : name == "--data"   ? &data
+               : name == "-o"       ? &output
+                                    : nullptr;
     }
     [[nodiscard]] bool* flag(std::string_view name) noexcept {
         return name == "--shared"    ? &shared
@@ -108,6 +113,7 @@ Parsed checked(const CommandText& command, const Values& values, Invocation invo
     } else if (!values.data.empty() && values.data != "summary") {
         return UsageError{fmt::format("--data: '{}' is none of: {}", values.data, choicesOf(command, "--data"))};
     }
+    invocation.output = values.output;
     invocation.json = values.json;
     invocation.list = values.list;
     invocation.jsonl = values.jsonl;
@@ -162,6 +168,8 @@ Parsed parseCommand(const CommandText& command, std::span<const std::string> arg
         }
     } else if (!command.arguments.empty() && invocation.files.empty()) {
         return UsageError{fmt::format("{}: no file is named", command.name)};
+    } else if ((command.arguments == "FILE" || command.arguments == "DATA") && invocation.files.size() > 1) {
+        return UsageError{fmt::format("{} takes one file", command.name)};
     }
     return checked(command, values, std::move(invocation));
 }

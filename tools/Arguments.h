@@ -25,6 +25,7 @@ struct Invocation {
     std::string command;
     std::vector<std::string> files;  ///< as they were named, in any encoding
     DocumentOptions document;
+    std::string output;  ///< of -o; empty when it is not given
     halden::JsonData data = halden::JsonData::summary;
     bool json = false;
     bool list = false;   ///< apply: print the operations

@@ -8,6 +8,8 @@ namespace quarry::tools {
 
 Status metadataCommand(const Invocation& invocation);
 Status supportsCommand(const Invocation& invocation);
+Status richTextCommand(const Invocation& invocation);
+Status writeRtfdCommand(const Invocation& invocation);
 Status importersCommand(const Invocation& invocation);
 Status applyCommand(const Invocation& invocation);
 Status doctorCommand(const Invocation& invocation);

@@ -2,7 +2,10 @@
 #include "platform/bundles/Paths.h"
 #include "platform/ipc/Registry.h"
 #include "platform/ipc/RootProxy.h"
+#include "platform/office/OfficeInstallation.h"
 #include "platform/pdf/PdfEngine.h"
+#include "platform/worker/WorkFolder.h"
+#include "platform/worker/Worker.h"
 #include "tools/Commands.h"
 #include "tools/HelperSession.h"
 
@@ -60,6 +63,22 @@ void checkPdfEngine(Findings& findings) {
                                                 std::filesystem::path(pdf.path).lexically_normal().native()));
     } else {
         findings.bad("PDF engine", pdf.reason);
+    }
+}
+
+void checkOffice(Findings& findings) {
+    const halden::OfficeInstallation office = halden::findOfficeInstallation();
+    const std::string product = office.product.empty() ? "LibreOffice" : office.product;
+    findings.check(!office.folder.empty(), "word processor", fmt::format("{}, {}", product, office.folder),
+                   fmt::format("{}: doc, docx, odt and the like are not read", office.reason));
+}
+
+void checkWorkers(Findings& findings) {
+    checkProgram(findings, "worker executor", halden::executorPath());
+    if (halden::jobsCanLeaveNetwork().value_or(false)) {
+        findings.good("worker network", "cut off");
+    } else {
+        findings.note("worker network", "no network namespaces: workers run with the network");
     }
 }
 
@@ -160,6 +179,8 @@ Status doctorCommand(const Invocation&) {
     findings.good("quarry", QUARRY_VERSION);
     checkProgram(findings, "helper", libexecPath("quarry-helper"));
     checkPdfEngine(findings);
+    checkWorkers(findings);
+    checkOffice(findings);
     checkImporters(findings);
     checkRegistry(findings);
     checkSystem(findings);

@@ -47,6 +47,25 @@ std::optional<std::u16string> pathOfDocument(const std::string& file) {
     return halden::stringFromPathBytes(path);
 }
 
+bool writeRtfd(HelperSession& session, const halden::Data& rtfd, const std::string& output, Status& status) {
+    status = Status::none;
+    std::error_code error;
+    const std::string path = std::filesystem::absolute(output, error).native();
+    if (error) {
+        printError(fmt::format("{}: {}", shownName(output), error.message()));
+        return false;
+    }
+    const auto answer = session.ask([&](halden::HaldenImExportProxy& proxy) {
+        return proxy.writeRTFDDataToFile(rtfd, halden::stringFromPathBytes(path));
+    });
+    if (const auto* failure = std::get_if<HelperFailure>(&answer)) {
+        printError(fmt::format("{}: {}", shownName(output), failure->explanation));
+        status = Status::failed;
+        return false;
+    }
+    return std::get<0>(answer);
+}
+
 Status forEachFile(const Invocation& invocation,
                    const std::function<Status(HelperSession&, const std::string& file)>& perFile) {
     keepStandardOutput();

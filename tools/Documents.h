@@ -1,6 +1,7 @@
 // What all commands that open documents have in common: a helper, and one file after the other.
 #pragma once
 
+#include "foundation/Data.h"
 #include "tools/Arguments.h"
 #include "tools/HelperSession.h"
 #include "tools/Output.h"
@@ -25,6 +26,11 @@ namespace quarry::tools {
 /// The absolute path of a document (a file, or a folder that is a package) as helpers take it; nullopt, with a message
 /// on standard error, when it cannot be opened.
 [[nodiscard]] std::optional<std::u16string> pathOfDocument(const std::string& file);
+
+/// Lets a helper write the RTFD data as a package at `output`, as it was named; returns whether it did. When the helper
+/// fails, a message is on standard error and `status` says what this means.
+[[nodiscard]] bool writeRtfd(HelperSession& session, const halden::Data& rtfd, const std::string& output,
+                             Status& status);
 
 /// What `request` returns when it is given a helper's proxy and the file's path; nullopt, with a message on standard
 /// error and the `status` that this means, when the file cannot be opened or the helper fails.

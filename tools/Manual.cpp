@@ -30,10 +30,21 @@ constexpr std::array kDocumentOptions{
                "registry folder of its own. Not together with --memory."},
 };
 
-constexpr std::array kMetadataOptions{
-    OptionText{"--data", "FORM", "summary base64",
-               "How data appear: 'summary' (the default) as {\"bytes\": N, \"type\": TYPE}, 'base64' in full as "
-               "{\"base64\": TEXT}."},
+constexpr OptionText kDataForm{
+    "--data", "FORM", "summary base64",
+    "How data appear: 'summary' (the default) as {\"bytes\": N, \"type\": TYPE}, 'base64' in full as "
+    "{\"base64\": TEXT}."};
+
+constexpr std::array kMetadataOptions{kDataForm, kHelp};
+
+constexpr std::array kRichTextOptions{
+    OptionText{"-o", "OUT.rtfd", "", "Write the text as an RTFD package, too. What is there under that name goes."},
+    kDataForm,
+    kHelp,
+};
+
+constexpr std::array kWriteRtfdOptions{
+    OptionText{"-o", "OUT.rtfd", "", "The package to write. What is there under that name goes."},
     kHelp,
 };
 
@@ -66,23 +77,36 @@ constexpr std::array kCommands{
                 "the importer interface, else NO. Several files give one line each, the answer, a tab and the file "
                 "as it was named.",
                 true, kHelpOnly},
+    CommandText{"richtext", "FILE", "Read a document as rich text",
+                "Prints, as one JSON object, what the helper makes of the document: \"Rtfd\", the text with its "
+                "formatting and attachments as RTFD data, and \"DocumentAttributes\", what the document says of "
+                "itself. It reads RTF, RTFD packages and data, plain text, and, through LibreOffice, Word documents "
+                "(doc, docx, and the XML forms) and OpenDocument texts (odt, fodt). What a document is is told from "
+                "its bytes; one that is none of these gives null.",
+                true, kRichTextOptions},
+    CommandText{
+        "write-rtfd", "DATA", "Write RTFD data as a package",
+        "Writes RTFD data, such as \"Rtfd\" of 'richtext' holds, as a package: a folder with the text in TXT.rtf "
+        "and the attachments beside it. Prints YES when it was written, else NO.",
+        true, kWriteRtfdOptions},
     CommandText{"importers", "", "List the importers and their content types",
                 "Prints the importer table in the order in which importers are asked: the path of each bundle, and "
                 "below it, indented, the content types that it declares. No importer is loaded.",
                 false, kImporterOptions},
-    CommandText{"apply", "[OPERATION [ARG...]]", "Apply an operation of the library to text or data",
-                "Calls an operation of the library by its documented name, colons included, without a helper. Arguments "
-                "are the words that follow; when they are one short, the first argument is standard input, as it is "
-                "(a line feed at its end counts). Strings and data are taken literally, everything else is JSON: true, "
-                "3, [0, 5], [\"a\", \"b\"]. YES and NO stand for true and false.\n\n"
-                "A string is printed as it is with a line feed after it, data as they are, and everything else as "
-                "JSON.\n\n"
-                "With --jsonl a call is {\"op\": NAME, \"args\": [...]}, with the receiver first, and its answer "
-                "{\"result\": VALUE} or {\"error\": TEXT}; an \"id\" comes back in the answer. Data are "
-                "{\"base64\": TEXT}, dates {\"date\": SECONDS} since 1970, ranges [LOCATION, LENGTH], with null as "
-                "the location of none; nil is null. Strings are UTF-16: a lone surrogate is written \\uD800 and "
-                "survives.",
-                false, kApplyOptions, true},
+    CommandText{
+        "apply", "[OPERATION [ARG...]]", "Apply an operation of the library to text or data",
+        "Calls an operation of the library by its documented name, colons included, without a helper. Arguments "
+        "are the words that follow; when they are one short, the first argument is standard input, as it is "
+        "(a line feed at its end counts). Strings and data are taken literally, everything else is JSON: true, "
+        "3, [0, 5], [\"a\", \"b\"]. YES and NO stand for true and false.\n\n"
+        "A string is printed as it is with a line feed after it, data as they are, and everything else as "
+        "JSON.\n\n"
+        "With --jsonl a call is {\"op\": NAME, \"args\": [...]}, with the receiver first, and its answer "
+        "{\"result\": VALUE} or {\"error\": TEXT}; an \"id\" comes back in the answer. Data are "
+        "{\"base64\": TEXT}, dates {\"date\": SECONDS} since 1970, ranges [LOCATION, LENGTH], with null as "
+        "the location of none; nil is null. Strings are UTF-16: a lone surrogate is written \\uD800 and "
+        "survives.",
+        false, kApplyOptions, true},
     CommandText{"doctor", "", "Say what is installed, and what is missing",
                 "Looks at everything that the other commands rely on: the helper and the importer lister, the engines "
                 "with their versions, the folders of importers, the registry folder and a helper registered there, and "
@@ -92,7 +116,7 @@ constexpr std::array kCommands{
 };
 
 constexpr std::array kExitStatus{
-    TermText{"0", "Every file gave a result (YES for 'supports')."},
+    TermText{"0", "Every file gave a result (YES for 'supports' and 'write-rtfd')."},
     TermText{"1", "A file gave none: null, NO, or it could not be opened."},
     TermText{"2", "The command line was wrong, or the results could not be written."},
     TermText{"3",
@@ -107,6 +131,9 @@ constexpr std::array kEnvironment{
     TermText{"QUARRY_RUNTIME_DIR",
              "Your registry folder, where --shared looks for a helper. By default $XDG_RUNTIME_DIR/quarry, else "
              "/run/user/UID/quarry, else /tmp/quarry-UID."},
+    TermText{"QUARRY_LIBREOFFICE", "The folder of LibreOffice's programs, when it is not in one of the usual places."},
+    TermText{"TMPDIR",
+             "Where the helper's workers have their private folders, which are removed with them; /tmp by default."},
     TermText{"XDG_DATA_HOME",
              "Where your own importers are: $XDG_DATA_HOME/quarry/Spotlight, by default "
              "~/.local/share/quarry/Spotlight."},
@@ -122,6 +149,7 @@ constexpr std::array kExamples{
     TermText{"quarry metadata report.pdf", "Everything that is known about one document."},
     TermText{"quarry metadata --timeout 10 --memory 512M *.pdf > all.jsonl",
              "A line for each file, none of which may take long or grow large."},
+    TermText{"quarry richtext letter.docx -o letter.rtfd", "A letter as rich text, with its pictures."},
     TermText{"quarry apply stringByRemovingMultipleSpacesAndFeeds: YES < notes.txt",
              "A text with every run of white space made one space."},
 };

@@ -22,6 +22,12 @@ Status run(const Invocation& invocation) {
     if (invocation.command == "supports") {
         return supportsCommand(invocation);
     }
+    if (invocation.command == "richtext") {
+        return richTextCommand(invocation);
+    }
+    if (invocation.command == "write-rtfd") {
+        return writeRtfdCommand(invocation);
+    }
     if (invocation.command == "importers") {
         return importersCommand(invocation);
     }

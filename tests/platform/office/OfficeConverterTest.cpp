@@ -24,6 +24,7 @@ Data document(const std::string& body) {
         R"( xmlns:office="urn:oasis:names:tc:opendocument:xmlns:office:1.0")"
         R"( xmlns:text="urn:oasis:names:tc:opendocument:xmlns:text:1.0" office:version="1.2")"
         R"( xmlns:draw="urn:oasis:names:tc:opendocument:xmlns:drawing:1.0" xmlns:xlink="http://www.w3.org/1999/xlink")"
+        R"( xmlns:svg="urn:oasis:names:tc:opendocument:xmlns:svg-compatible:1.0")"
         R"( office:mimetype="application/vnd.oasis.opendocument.text"><office:body><office:text>)" +
         body + "</office:text></office:body></office:document>"));
 }
@@ -149,16 +150,22 @@ TEST_F(OfficeConverterTest, ADocumentThatEatsMemoryIsGivenUp) {
     EXPECT_TRUE(isRtfWith(converter.rtfFromDocument(document("<text:p>next</text:p>"), OfficeFormat::fodt), "next"));
 }
 
-// A document may name pictures and texts elsewhere; they stay where they are.
-TEST_F(OfficeConverterTest, LinkedTextIsNotFetched) {
-    std::ofstream(folder_ / "secret.txt") << "a secret";
+// Left to itself, LibreOffice would put any picture of the user's into the result.
+TEST_F(OfficeConverterTest, LinkedPicturesAreNotFetched) {
+    static constexpr unsigned char kPicture[] = {
+        0x89, 'P',  'N',  'G',  '\r', '\n', 0x1A, '\n', 0,    0,    0,    13,  'I',  'H',  'D',  'R',  0,
+        0,    0,    1,    0,    0,    0,    1,    8,    0,    0,    0,    0,   0x3A, 0x7E, 0x9B, 0x55, 0,
+        0,    0,    10,   'I',  'D',  'A',  'T',  0x78, 0x9C, 0x63, 0x60, 0,   0,    0,    2,    0,    1,
+        0x48, 0xAF, 0xA4, 0x71, 0,    0,    0,    0,    'I',  'E',  'N',  'D', 0xAE, 0x42, 0x60, 0x82};
+    std::ofstream(folder_ / "p.png").write(reinterpret_cast<const char*>(kPicture), sizeof kPicture);
     OfficeConverter converter;
     const auto rtf = converter.rtfFromDocument(
-        document(R"(<text:section text:name="s"><text:section-source xlink:type="simple" xlink:href="file://)" +
-                 (folder_ / "secret.txt").string() + R"("/><text:p>kept</text:p></text:section>)"),
+        document(R"(<text:p>kept<draw:frame text:anchor-type="as-char" svg:width="1cm" svg:height="1cm"><draw:image)"
+                 R"( xlink:type="simple" xlink:href="file://)" +
+                 (folder_ / "p.png").string() + R"("/></draw:frame></text:p>)"),
         OfficeFormat::fodt);
     EXPECT_TRUE(isRtfWith(rtf, "kept"));
-    EXPECT_FALSE(isRtfWith(rtf, "a secret"));
+    EXPECT_FALSE(isRtfWith(rtf, "\\pngblip"));
 }
 
 TEST_F(OfficeConverterTest, WithoutLibreOfficeItIsNilAndSaysSo) {
