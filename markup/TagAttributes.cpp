@@ -1,11 +1,8 @@
 #include "markup/TagAttributes.h"
 
 #include "foundation/CharacterComparison.h"
-#include "foundation/Characters.h"
+#include "foundation/Strings.h"
 #include "markup/AttributeSearch.h"
-
-#include <algorithm>
-#include <limits>
 
 namespace halden {
 namespace {
@@ -24,24 +21,6 @@ Range find(std::u16string_view characters, Range range, Name name) {
 }
 
 // --- Numbers -------------------------------------------------------------------------------------------------------
-
-/// The integer that the text starts with, after white space and a sign; 0 when there is none. Held at the limits.
-std::int64_t integerValue(std::u16string_view text) {
-    constexpr std::int64_t kLimit = std::numeric_limits<std::int64_t>::max();
-    const CharacterBitmap& white = whiteCharacterSetRep();
-    while (!text.empty() && white.contains(text.front()))
-        text.remove_prefix(1);
-    const bool negative = text.starts_with(u'-');
-    if (negative || text.starts_with(u'+')) text.remove_prefix(1);
-    std::int64_t value = 0;
-    for (const char16_t unit : text) {
-        if (unit < u'0' || unit > u'9') break;
-        const std::int64_t digit = unit - u'0';
-        if (value > (kLimit - digit) / 10) return negative ? std::numeric_limits<std::int64_t>::min() : kLimit;
-        value = value * 10 + digit;
-    }
-    return negative ? -value : value;
-}
 
 /// The integer in the attribute that `find` finds in `token`.
 template <class Form, class Name>

@@ -7,6 +7,8 @@
 
 namespace halden::operations {
 
+/// TagScanner.h, TagCollector.h, Tags.h, TagAttributes.h, AttributeText.h and XmlExtensions.h
+[[nodiscard]] std::span<const Operation> scannerOperations();
 /// Html2Text.h
 [[nodiscard]] std::span<const Operation> plainTextOperations();
 /// Stripping.h
