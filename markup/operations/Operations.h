@@ -9,6 +9,8 @@ namespace halden::operations {
 
 /// TagScanner.h, TagCollector.h, Tags.h, TagAttributes.h, AttributeText.h and XmlExtensions.h
 [[nodiscard]] std::span<const Operation> scannerOperations();
+/// Entities.h
+[[nodiscard]] std::span<const Operation> entityOperations();
 /// Html2Text.h
 [[nodiscard]] std::span<const Operation> plainTextOperations();
 /// Stripping.h
