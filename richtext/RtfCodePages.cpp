@@ -97,21 +97,30 @@ constexpr SingleByteRow kStandIns[] = {{10004, 0x206}, {10005, 0x208}, {10021, 0
 struct MultiByteRow {
     int codePage;
     const char* converter;
+    bool (*isLeadByte)(unsigned char) = nullptr;  // pages of one and two bytes only
 };
 
+bool isShiftJisLead(unsigned char byte) {
+    return (byte >= 0x81 && byte <= 0x9F) || (byte >= 0xE0 && byte <= 0xFC);
+}
+
+bool isWideLead(unsigned char byte) {
+    return byte >= 0x81 && byte <= 0xFE;
+}
+
 constexpr MultiByteRow kMultiByte[] = {
-    {932, "ibm-943_P15A-2003"},
-    {936, "windows-936-2000"},
-    {949, "windows-949-2000"},
-    {950, "windows-950-2000"},
-    {10001, "ibm-943_P15A-2003"},
-    {10002, "windows-950-2000"},
-    {10003, "windows-949-2000"},
-    {10008, "windows-936-2000"},
+    {932, "ibm-943_P15A-2003", isShiftJisLead},
+    {936, "windows-936-2000", isWideLead},
+    {949, "windows-949-2000", isWideLead},
+    {950, "windows-950-2000", isWideLead},
+    {10001, "ibm-943_P15A-2003", isShiftJisLead},
+    {10002, "windows-950-2000", isWideLead},
+    {10003, "windows-949-2000", isWideLead},
+    {10008, "windows-936-2000", isWideLead},
     {20932, "euc-jp-2007"},
     {51932, "euc-jp-2007"},
-    {20936, "ibm-1383_P110-1999"},
-    {51936, "ibm-1383_P110-1999"},
+    {20936, "ibm-1383_P110-1999", isWideLead},
+    {51936, "ibm-1383_P110-1999", isWideLead},
     {51949, "ibm-970_P110_P110-2006_U2"},
     {54936, "gb18030"},
     {65001, "UTF-8"},
@@ -156,6 +165,21 @@ void fillUnits(std::array<char16_t, 256>& units, CFStringEncoding encoding) {
     }
 }
 
+/// Windows pages have grown; where the platform's tables are older, the newer characters are taken from ICU's.
+void completeUnits(std::array<char16_t, 256>& units, int codePage) {
+    UErrorCode error = U_ZERO_ERROR;
+    UConverter* const converter = ucnv_open(("windows-" + std::to_string(codePage)).c_str(), &error);
+    if (!converter) return;
+    for (unsigned i = 0x80; i < 256; ++i) {
+        if (units[i] != kReplacementCharacter) continue;
+        const char byte = static_cast<char>(i);
+        char16_t unit[4];
+        error = U_ZERO_ERROR;
+        if (ucnv_toUChars(converter, unit, 4, &byte, 1, &error) == 1 && U_SUCCESS(error)) units[i] = unit[0];
+    }
+    ucnv_close(converter);
+}
+
 void fillPrivateSymbols(std::array<char16_t, 256>& units) {
     for (unsigned i = 0; i < 256; ++i)
         units[i] = static_cast<char16_t>(i <= 0x20 ? i : 0xF000 + i);
@@ -183,6 +207,7 @@ RtfCodePage::RtfCodePage(int number) {
     if (const MultiByteRow* row = rowOf(kMultiByte, number)) {
         UErrorCode error = U_ZERO_ERROR;
         converter_.reset(ucnv_open(row->converter, &error));
+        isLeadByte_ = row->isLeadByte;
         if (converter_) return;
     }
     symbol_ = number == kCodePageSymbol || number == kCodePageDingbats || number == kCodePageWingdings ||
@@ -198,9 +223,19 @@ RtfCodePage::RtfCodePage(int number) {
     const SingleByteRow* row = rowOf(kSingleByte, number);
     if (row && !CFStringIsEncodingAvailable(row->encoding)) row = rowOf(kStandIns, number);
     fillUnits(units_, row ? row->encoding : kCFStringEncodingWindowsLatin1);
+    completeUnits(units_, number);
 }
 
 RtfCodePage::~RtfCodePage() = default;
+
+bool RtfCodePage::endsInLeadByte(std::string_view bytes) const noexcept {
+    if (!isLeadByte_) return false;
+    // Characters can only be told from the start; lone bytes that cannot lead end whatever came before.
+    std::size_t start = bytes.size();
+    while (start > 0 && isLeadByte_(static_cast<unsigned char>(bytes[start - 1])))
+        --start;
+    return (bytes.size() - start) % 2 == 1;
+}
 
 void RtfCodePage::decode(std::string_view bytes, std::u16string& out) const {
     if (!converter_) {

@@ -39,6 +39,9 @@ public:
     /// Whether a character may take several bytes, so that bytes must be gathered before they are decoded.
     [[nodiscard]] bool isMultiByte() const noexcept { return converter_ != nullptr; }
 
+    /// Whether `bytes` break off after the first of two bytes of a character.
+    [[nodiscard]] bool endsInLeadByte(std::string_view bytes) const noexcept;
+
     /// Appends UTF-16 of `bytes` to `out`, a U+FFFD for what the encoding does not define. Each call stands alone: a
     /// character that the end of `bytes` cuts off becomes one U+FFFD.
     void decode(std::string_view bytes, std::u16string& out) const;
@@ -55,6 +58,7 @@ private:
     std::unique_ptr<UConverter, ConverterCloser> converter_;  // the others
     bool asciiCompatible_ = true;
     bool symbol_ = false;
+    bool (*isLeadByte_)(unsigned char) = nullptr;  // pages of one and two bytes
 };
 
 /// The pages that one document uses, each made at its first use. There are some 70 pages; a number that is none of them

@@ -33,6 +33,22 @@ void inherit(T& value, const T& base, const T& unset) {
 
 }  // namespace
 
+void RtfFont::takeScriptFromName() {
+    struct Row {
+        std::u16string_view suffix;
+        int charset;
+    };
+    static constexpr Row kRows[] = {{u" CE", 238},       {u" Cyr", 204},          {u" Greek", 161},
+                                    {u" Tur", 162},      {u" Baltic", 186},       {u" (Hebrew)", 177},
+                                    {u" (Arabic)", 178}, {u" (Vietnamese)", 163}, {u" (Thai)", 222}};
+    for (const Row& row : kRows) {
+        if (name.size() <= row.suffix.size() || !name.ends_with(row.suffix)) continue;
+        name.resize(name.size() - row.suffix.size());
+        charset = row.charset;
+        return;
+    }
+}
+
 void RtfFont::resolveCodePage(int stated) {
     if (charset == 2) {
         codePage = codePageOfSymbolFont(name);
@@ -83,13 +99,29 @@ void RtfHeaderTables::setStyle(std::int32_t number, RtfStyle style) {
 }
 
 void RtfHeaderTables::addList(RtfList list) {
-    if (lists_.size() >= kMaxLists) return;
+    if (lists_.size() >= kMaxLists) return;  // overrides with levels of their own share the vector
     listOfId_.insert_or_assign(list.id, lists_.size());
     lists_.push_back(std::move(list));
 }
 
-void RtfHeaderTables::addListOverride(std::int32_t number, std::int32_t id) {
-    if (idOfOverride_.size() < kMaxLists || idOfOverride_.contains(number)) idOfOverride_.insert_or_assign(number, id);
+void RtfHeaderTables::addListOverride(std::int32_t number, std::int32_t id,
+                                      const std::vector<std::optional<RtfListLevel>>& levels) {
+    const auto base = listOfId_.find(id);
+    if (base == listOfId_.end()) return;
+    const bool changes = std::ranges::any_of(levels, [](const auto& level) { return level.has_value(); });
+    if (!changes) {
+        if (listOfOverride_.size() < kMaxLists) listOfOverride_.insert_or_assign(number, base->second);
+        return;
+    }
+    if (lists_.size() >= 2 * kMaxLists) return;
+    RtfList list = lists_[base->second];
+    for (std::size_t i = 0; i < levels.size(); ++i) {
+        if (!levels[i]) continue;
+        if (i >= list.levels.size()) list.levels.resize(i + 1);
+        list.levels[i] = *levels[i];
+    }
+    listOfOverride_.insert_or_assign(number, lists_.size());
+    lists_.push_back(std::move(list));
 }
 
 const RtfFont* RtfHeaderTables::font(std::int32_t number) const noexcept {
@@ -122,10 +154,8 @@ const RtfStyle* RtfHeaderTables::style(std::int32_t number) {
 }
 
 const RtfList* RtfHeaderTables::list(std::int32_t overrideNumber) const noexcept {
-    const auto id = idOfOverride_.find(overrideNumber);
-    // Without an override of that number, the number itself is tried as the list's.
-    const auto found = listOfId_.find(id == idOfOverride_.end() ? overrideNumber : id->second);
-    return found == listOfId_.end() ? nullptr : &lists_[found->second];
+    const auto found = listOfOverride_.find(overrideNumber);
+    return found == listOfOverride_.end() ? nullptr : &lists_[found->second];
 }
 
 void inheritRtfFormat(RtfCharacter& character, const RtfCharacter& base) {

@@ -23,6 +23,10 @@ struct RtfFont {
     int charset = -1;  // \fcharset, -1 where none is stated
     int codePage = 0;  // of the text in this font; 0: the document's
 
+    /// Windows names the same font differently for each script ("Arial CE"). Takes that part off the name, and its
+    /// character set for the font's own: it outranks what the file states.
+    void takeScriptFromName();
+
     /// Sets `codePage` from what is stated: the charset, the font's name for symbol fonts, else `stated` (\cpg).
     void resolveCodePage(int stated);
 };
@@ -71,6 +75,7 @@ public:
     static constexpr std::size_t kMaxStyles = 8192;
     static constexpr std::size_t kMaxLists = 8192;
     static constexpr std::size_t kMaxListLevels = 9;
+    static constexpr std::size_t kMaxLevelText = 64;  // UTF-16 units
     static constexpr int kMaxStyleChain = 16;
 
     /// Entries beyond a limit are dropped; a number that was given before is given anew.
@@ -80,8 +85,8 @@ public:
     void setExtendedColor(std::size_t index, RtfColor color);
     void setStyle(std::int32_t number, RtfStyle style);
     void addList(RtfList list);
-    /// \ls `number` means the list `id`.
-    void addListOverride(std::int32_t number, std::int32_t id);
+    /// \ls `number` means the list `id`, with the levels that are given replaced.
+    void addListOverride(std::int32_t number, std::int32_t id, const std::vector<std::optional<RtfListLevel>>& levels);
 
     [[nodiscard]] const RtfFont* font(std::int32_t number) const noexcept;
     /// The colour of an index; nullopt for "automatic", and for no such index.
@@ -98,7 +103,7 @@ private:
     std::unordered_map<std::int32_t, RtfStyle> styles_;
     std::vector<RtfList> lists_;
     std::unordered_map<std::int32_t, std::size_t> listOfId_;
-    std::unordered_map<std::int32_t, std::int32_t> idOfOverride_;
+    std::unordered_map<std::int32_t, std::size_t> listOfOverride_;
 };
 
 /// Gives every property of `character` that still has its default the value of `base`; likewise for paragraphs.

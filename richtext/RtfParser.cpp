@@ -168,7 +168,7 @@ void RtfParser::word(const RtfToken& token) {
             passOverGroup();
             break;
         case RtfSubject::destination:
-            openDestination(known.word);
+            openDestination(known.word, starred);
             break;
         case RtfSubject::document:
             documentWord(known.word, parameter, token.hasParameter);
@@ -270,10 +270,10 @@ void RtfParser::byte(std::uint8_t value) {
             return;
         }
     }
-    text({&c, 1});
+    text({&c, 1}, true);
 }
 
-void RtfParser::text(std::string_view bytes) {
+void RtfParser::text(std::string_view bytes, bool isHex) {
     starred_ = false;
     if (dropsPlaceholder_) {
         dropsPlaceholder_ = false;
@@ -293,6 +293,8 @@ void RtfParser::text(std::string_view bytes) {
     const RtfCodePage& codePage = page();
     if (codePage.isMultiByte() && (!pendingBytes_.empty() || !isAscii(bytes))) {
         pendingBytes_ += bytes;
+        // Some writers leave a second byte as it is where it looks like a sign of the format.
+        if (!isHex && codePage.endsInLeadByte(pendingBytes_)) pendingBytes_ += tokenizer_.takeSign();
         return;
     }
     if (codePage.isAsciiCompatible() && isAscii(bytes)) {
@@ -312,7 +314,12 @@ void RtfParser::text(std::string_view bytes) {
 void RtfParser::flushBytes() {
     if (pendingBytes_.empty()) return;
     decoded_.clear();
-    page().decode(pendingBytes_, decoded_);
+    const RtfCodePage& codePage = page();
+    // A first byte without a second one is no character of the page: it stands for one of the document's.
+    const bool broken = codePage.endsInLeadByte(pendingBytes_);
+    const std::string_view bytes(pendingBytes_);
+    codePage.decode(bytes.substr(0, bytes.size() - (broken ? 1 : 0)), decoded_);
+    if (broken) pages_.page(documentPage_).decode(bytes.substr(bytes.size() - 1), decoded_);
     pendingBytes_.clear();
     emit(decoded_);
 }
@@ -324,7 +331,8 @@ void RtfParser::unicode(std::int32_t number) {
     dropsPlaceholder_ = false;
     fallbackLeft_ = group_.fallbackLength;
     if (number < 0) number += 0x10000;
-    if (number <= 0 || number > 0x10FFFF) return;
+    const bool isNumber = number == 0 && group_.destination == RtfDestination::levelText;
+    if (number < 0 || number > 0x10FFFF || (number == 0 && !isNumber)) return;
     if (number > 0xFFFF) {
         const auto rest = static_cast<std::uint32_t>(number - 0x10000);
         const char16_t units[] = {static_cast<char16_t>(0xD800 + (rest >> 10)),

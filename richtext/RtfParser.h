@@ -5,6 +5,7 @@
 #include "richtext/RtfCodePages.h"
 #include "richtext/RtfContent.h"
 #include "richtext/RtfControlWords.h"
+#include "richtext/RtfListMarkers.h"
 #include "richtext/RtfTokenizer.h"
 
 #include <array>
@@ -30,6 +31,7 @@ enum class RtfDestination : std::uint8_t {
     levelMarker,
     listOverrideTable,
     listOverride,
+    listOverrideLevel,
     info,
     infoText,
     infoDate,
@@ -52,6 +54,7 @@ struct RtfGroup {
     std::uint32_t characterFormat = kNoFormat;  // the number of `character`, once it is known
     std::uint32_t paragraphFormat = kNoFormat;
     std::int32_t fallbackLength = 1;    // \uc
+    bool inMarker = false;              // \listtext, \pntext
     std::int32_t textBoxLevel = -1;     // inside a text box: how deep in tables it is anchored
     RtfWord opener = RtfWord::unknown;  // the word that made this group a destination, unknown in groups within
     RtfDestination destination = RtfDestination::body;
@@ -74,7 +77,7 @@ private:
     void word(const RtfToken& token);
     void symbol(char c);
     void byte(std::uint8_t value);
-    void text(std::string_view bytes);
+    void text(std::string_view bytes, bool isHex = false);
     void unicode(std::int32_t number);
     [[nodiscard]] const RtfCodePage& page();
     void flushBytes();
@@ -85,7 +88,7 @@ private:
     [[nodiscard]] bool skipsFallback(const RtfToken& token);
 
     // RtfParserDestinations.cpp: what opens and closes destinations.
-    void openDestination(RtfWord word);
+    void openDestination(RtfWord word, bool starred);
     void closeDestination(RtfWord opener);
     void closeField();
     void closeFieldInstruction();
@@ -108,6 +111,8 @@ private:
     void closeInfoText(RtfWord opener);
     void closeInfoDate(RtfWord opener);
     void closeListText(RtfWord opener);
+    void closeListLevel();
+    void closeListOverride();
 
     // RtfParserFormat.cpp: formatting.
     void paragraphWord(RtfWord word, std::int32_t parameter, bool hasParameter);
@@ -121,6 +126,7 @@ private:
     void tableWord(RtfWord word, std::int32_t parameter);
     void borderWord(RtfWord word, std::int32_t parameter);
     void appendToBody(std::u16string_view units);
+    void insertMarker();
     [[nodiscard]] bool noteFormatOfBody();
     void insertAttachment(RtfAttachment attachment);
     void endParagraph(char16_t separator, std::int32_t level);
@@ -164,6 +170,7 @@ private:
     std::int32_t fontNumber_ = kRtfUnset;
     RtfFont font_;
     int fontStatedPage_ = 0;
+    bool fontNameEnded_ = false;
     RtfColor color_;
     bool colorStated_ = false;
     RtfColorSpace colorSpace_ = RtfColorSpace::none;
@@ -172,6 +179,9 @@ private:
     std::int32_t styleNumber_ = kRtfUnset;
     std::int32_t styleBase_ = kRtfUnset;
     RtfList list_;
+    RtfListLevel level_;
+    std::vector<std::optional<RtfListLevel>> overrideLevels_;
+    bool overridesFormat_ = false;
     std::int32_t overrideList_ = 0;
     std::int32_t overrideNumber_ = kRtfUnset;
     std::array<std::int32_t, 6> date_{};
@@ -179,6 +189,7 @@ private:
 
     RtfTabKind tabKind_ = RtfTabKind::left;
 
+    RtfListCounters counters_;
     RtfPicture picture_;
     RtfAttachment attachment_;
     std::vector<Field> fields_;

@@ -340,7 +340,23 @@ bool RtfParser::noteFormatOfBody() {
         if (!content_.runs.empty()) content_.runs.back().end = start;
         content_.runs.push_back({.end = start, .format = group_.characterFormat});
     }
+    const bool inList = group_.paragraph.list != 0 || group_.paragraph.numbering;
+    if (inList && content_.text.size() == paragraphStart()) insertMarker();
     return true;
+}
+
+/// A paragraph of a list whose marker the file leaves to the reader gets it before its first character.
+void RtfParser::insertMarker() {
+    if (group_.inMarker || group_.textBoxLevel >= 0) return;
+    const RtfParagraph& paragraph = group_.paragraph;
+    std::u16string marker;
+    if (paragraph.list != 0) {
+        const RtfList* list = content_.header.list(paragraph.list);
+        if (list) marker = counters_.nextMarker(*list, static_cast<std::size_t>(paragraph.listLevel));
+    } else if (paragraph.numbering) {
+        marker = counters_.nextMarker(*paragraph.numbering);
+    }
+    if (!marker.empty()) content_.text += marker + u'\t';
 }
 
 void RtfParser::appendToBody(std::u16string_view units) {

@@ -9,7 +9,7 @@ namespace halden {
 
 /// The first word of a group makes it a destination. A word that has no business where it stands is passed over, and
 /// its group stays what it was.
-void RtfParser::openDestination(RtfWord word) {
+void RtfParser::openDestination(RtfWord word, bool starred) {
     using enum RtfDestination;
     const RtfDestination around = group_.destination;
     const auto open = [&](RtfDestination destination) {
@@ -62,13 +62,9 @@ void RtfParser::openDestination(RtfWord word) {
             open(list);
             break;
         case RtfWord::listlevel:
-            if (around != list && around != listOverride) break;
-            if (around == list && list_.levels.size() < RtfHeaderTables::kMaxListLevels) {
-                list_.levels.emplace_back();
-                open(listLevel);
-            } else {
-                open(ignored);
-            }
+            if (around != list && around != listOverrideLevel) break;
+            level_ = {};
+            open(listLevel);
             break;
         case RtfWord::leveltext:
             if (around == listLevel) gather(levelText);
@@ -83,10 +79,14 @@ void RtfParser::openDestination(RtfWord word) {
             if (around != listOverrideTable) break;
             overrideList_ = 0;
             overrideNumber_ = kRtfUnset;
+            overrideLevels_.clear();
             open(listOverride);
             break;
         case RtfWord::lfolevel:
-            openInside(listOverride, ignored);
+            if (around != listOverride || overrideLevels_.size() >= RtfHeaderTables::kMaxListLevels) break;
+            overrideLevels_.emplace_back();
+            overridesFormat_ = false;
+            open(listOverrideLevel);
             break;
         case RtfWord::info:
             open(info);
@@ -115,7 +115,8 @@ void RtfParser::openDestination(RtfWord word) {
             break;
         case RtfWord::listtext:
         case RtfWord::pntext:
-            break;  // the marker is text of the paragraph
+            group_.inMarker = true;  // the marker is text of the paragraph
+            break;
         case RtfWord::pn:
             if (around != body) break;
             oldNumbering_ = {};
@@ -173,7 +174,8 @@ void RtfParser::openDestination(RtfWord word) {
             gather(attachment);
             break;
         case RtfWord::nesttableprops:
-            openInside(body, rowProperties);
+            // In a group of its own always; elsewhere the word stands there by mistake.
+            if (starred) openInside(body, rowProperties);
             break;
         default:
             break;
@@ -193,7 +195,10 @@ void RtfParser::closeDestination(RtfWord opener) {
             content_.header.addList(std::exchange(list_, {}));
             return;
         case RtfDestination::listOverride:
-            if (overrideNumber_ != kRtfUnset) content_.header.addListOverride(overrideNumber_, overrideList_);
+            closeListOverride();
+            return;
+        case RtfDestination::listLevel:
+            closeListLevel();
             return;
         case RtfDestination::levelText:
         case RtfDestination::levelMarker:

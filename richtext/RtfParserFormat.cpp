@@ -150,6 +150,7 @@ void RtfParser::characterWord(RtfWord word, std::int32_t parameter, bool hasPara
         case RtfWord::f:
             if (group_.destination == RtfDestination::fontTable) {
                 endFontEntry();
+                font_ = {};
                 fontNumber_ = hasParameter ? parameter : 0;
                 break;
             }

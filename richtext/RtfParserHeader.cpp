@@ -182,11 +182,9 @@ void RtfParser::fontWord(RtfWord word, std::int32_t parameter) {
 void RtfParser::fontTableText(std::u16string_view units) {
     if (fontNumber_ == kRtfUnset) return;
     for (const char16_t unit : units) {
-        if (unit == u';') {
-            endFontEntry();
-            return;
-        }
-        if (font_.name.size() < kMaxRtfCollected) font_.name += unit;
+        // Some writers state the character set after the name's end.
+        if (unit == u';') fontNameEnded_ = true;
+        if (!fontNameEnded_ && font_.name.size() < kMaxRtfCollected) font_.name += unit;
     }
 }
 
@@ -195,10 +193,12 @@ void RtfParser::endFontEntry() {
     while (!font_.name.empty() && font_.name.back() <= u' ')
         font_.name.pop_back();
     font_.name.erase(0, std::min(font_.name.find_first_not_of(u' '), font_.name.size()));
+    font_.takeScriptFromName();
     font_.resolveCodePage(fontStatedPage_);
     content_.header.setFont(fontNumber_, std::exchange(font_, {}));
     fontNumber_ = kRtfUnset;
     fontStatedPage_ = 0;
+    fontNameEnded_ = false;
     group_.page = nullptr;
 }
 
@@ -306,10 +306,13 @@ void RtfParser::listWord(RtfWord word, std::int32_t parameter, bool hasParameter
     const RtfDestination destination = group_.destination;
     if (destination == RtfDestination::listOverride && word == RtfWord::listid) overrideList_ = parameter;
     if (destination == RtfDestination::list && word == RtfWord::listid) list_.id = parameter;
-    if (destination == RtfDestination::listLevel && !list_.levels.empty()) {
-        RtfListLevel& level = list_.levels.back();
-        if (word == RtfWord::levelnfc || word == RtfWord::levelnfcn) level.numberKind = parameter;
-        if (word == RtfWord::levelstartat) level.start = parameter;
+    if (destination == RtfDestination::listOverrideLevel && word == RtfWord::listoverrideformat) {
+        overridesFormat_ = true;
+    }
+    if (destination == RtfDestination::listOverrideLevel && word == RtfWord::levelstartat) level_.start = parameter;
+    if (destination == RtfDestination::listLevel) {
+        if (word == RtfWord::levelnfc || word == RtfWord::levelnfcn) level_.numberKind = parameter;
+        if (word == RtfWord::levelstartat) level_.start = parameter;
     }
     if (destination != RtfDestination::oldNumbering) return;
     switch (word) {
@@ -359,10 +362,8 @@ void RtfParser::closeListText(RtfWord opener) {
         default:
             break;
     }
-    if (list_.levels.empty()) return;
-    RtfListLevel& level = list_.levels.back();
     if (opener == RtfWord::levelmarker) {
-        level.marker = std::move(text);
+        level_.marker = text.substr(0, RtfHeaderTables::kMaxLevelText);
         return;
     }
     // The first unit counts the ones that follow; a semicolon ends them all.
@@ -372,7 +373,29 @@ void RtfParser::closeListText(RtfWord opener) {
     } else if (!text.empty() && text.back() == u';') {
         text.pop_back();
     }
-    level.text = std::move(text);
+    level_.text = text.substr(0, RtfHeaderTables::kMaxLevelText);
+}
+
+/// Bullets are often given in the private units of symbol fonts, and the font after the text.
+void RtfParser::closeListLevel() {
+    const RtfFont* font = content_.header.font(group_.character.font);
+    const RtfCodePage& symbols =
+        pages_.page(font && font->charset == 2 ? font->codePage : static_cast<int>(kCodePageSymbol));
+    for (char16_t& unit : level_.text)
+        unit = symbols.symbolUnit(unit);
+    RtfListLevel level = std::exchange(level_, {});
+    if (stack_.empty()) return;
+    if (stack_.back().destination == RtfDestination::listOverrideLevel) {
+        if (overridesFormat_) overrideLevels_.back() = std::move(level);
+    } else if (list_.levels.size() < RtfHeaderTables::kMaxListLevels) {
+        list_.levels.push_back(std::move(level));
+    }
+}
+
+/// An override without levels of its own is another name of the list.
+void RtfParser::closeListOverride() {
+    const std::vector<std::optional<RtfListLevel>> levels = std::exchange(overrideLevels_, {});
+    if (overrideNumber_ != kRtfUnset) content_.header.addListOverride(overrideNumber_, overrideList_, levels);
 }
 
 void RtfParser::infoWord(RtfWord word, std::int32_t parameter) {

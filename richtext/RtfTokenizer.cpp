@@ -122,6 +122,11 @@ RtfToken RtfTokenizer::textRun() noexcept {
     return {.kind = RtfTokenKind::text, .text = std::string_view(start, static_cast<std::size_t>(cursor_ - start))};
 }
 
+std::string_view RtfTokenizer::takeSign() noexcept {
+    if (cursor_ == end_ || (*cursor_ != '\\' && *cursor_ != '{' && *cursor_ != '}')) return {};
+    return {cursor_++, 1};
+}
+
 void RtfTokenizer::skipGroup() noexcept {
     std::size_t open = 1;
     while (open != 0) {
