@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <cstdlib>
+#include <cstring>
 #include <memory>
 #include <optional>
 #include <string>
@@ -42,9 +43,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     // Two bytes choose the name and the form of the units; the tag has a buffer of its very size.
     constexpr std::string_view kNames[] = {"A", "HREF", "STYLE", "WIDTH", "CONTENT", "HTTP-EQUIV", "X:Y", "_"};
     const std::string_view name = kNames[bytes[0] % std::size(kNames)];
-    const std::u16string units = bytes[1] == 1
-                                     ? std::u16string(reinterpret_cast<const char16_t*>(bytes + 2), (size - 2) / 2)
-                                     : std::u16string(bytes + 2, bytes + size);
+    std::u16string units(bytes + 2, bytes + size);
+    if (bytes[1] == 1) {
+        units.resize((size - 2) / 2);
+        std::memcpy(units.data(), bytes + 2, units.size() * sizeof(char16_t));
+    }
     const auto exact = std::make_unique<char16_t[]>(units.size());
     units.copy(exact.get(), units.size());
     const std::u16string_view tag(exact.get(), units.size());

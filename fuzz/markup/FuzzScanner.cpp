@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <cstdlib>
+#include <cstring>
 #include <memory>
 #include <string>
 #include <vector>
@@ -30,8 +31,10 @@ bool empty(const halden::Tag& tag, void* context) {
 /// Either one byte a unit, which makes markup likely, or the bytes as units.
 std::u16string unitsOf(const std::uint8_t* bytes, std::size_t size) {
     if (size == 0) return {};
-    if (bytes[0] == 1) return {reinterpret_cast<const char16_t*>(bytes + size % 2), size / 2};
-    return {bytes, bytes + size};
+    if (bytes[0] != 1) return {bytes, bytes + size};
+    std::u16string units(size / 2, u'\0');
+    std::memcpy(units.data(), bytes, units.size() * sizeof(char16_t));
+    return units;
 }
 
 }  // namespace
