@@ -14,7 +14,7 @@ namespace quarry {
 namespace {
 
 /// As far as a root element may be from the beginning, and a member that tells a package's kind may be long.
-constexpr std::size_t kLongestBeginning = 256 * 1024;
+constexpr std::size_t kLongestBeginning = std::size_t{256} * 1024;
 
 std::string_view viewOf(std::span<const std::uint8_t> bytes) {
     return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};

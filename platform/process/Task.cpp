@@ -54,7 +54,7 @@ using Variables = std::map<std::string, std::string>;
 /// The variables of the child, in the form that posix_spawn takes: the given ones or else the inherited, with changes.
 std::vector<std::string> environmentOf(const std::optional<Variables>& given, const Variables& changes) {
     std::vector<std::string> environment;
-    const auto add = [&](std::string name, std::string_view variable) {
+    const auto add = [&](const std::string& name, std::string_view variable) {
         if (!changes.contains(name)) environment.emplace_back(variable);
     };
     if (given) {

@@ -16,6 +16,7 @@ depends=$(dpkg-deb -f "$runtime" Depends)
 for library in libc6 libglib2.0-0 libicu shared-mime-info; do
   grep -q "$library" <<<"$depends" || fail "Depends lacks $library: $depends"
 done
+grep -q libreoffice-writer <<<"$(dpkg-deb -f "$runtime" Recommends)" || fail "Recommends lacks libreoffice-writer"
 dpkg-deb -c "$runtime" > "$work/contents"
 ! grep -qE '\.(a|h|cmake|pc)$' "$work/contents" || fail "development files in quarry: $(grep -E '\.(a|h|pc)$' "$work/contents")"
 dpkg-deb -c "$development" > "$work/contents"

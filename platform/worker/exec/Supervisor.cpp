@@ -36,6 +36,7 @@ int openProcess(pid_t process) {
 
 std::vector<char*> pointersTo(std::vector<std::string>& strings) {
     std::vector<char*> pointers;
+    pointers.reserve(strings.size() + 1);
     for (auto& string : strings)
         pointers.push_back(string.data());
     pointers.push_back(nullptr);
