@@ -25,6 +25,7 @@ public:
         // A chain that is longer than the file goes round in circles.
         for (std::size_t left = bytes_.size() / sectorSize_ + 1; left > 0 && sector <= kLastSector; --left) {
             const std::size_t start = startOf(sector);
+            if (start >= bytes_.size()) return false;
             for (std::size_t entry = start; entry < start + sectorSize_; entry += kEntrySize) {
                 if (isStream(entry, name)) return true;
             }
