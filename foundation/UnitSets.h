@@ -14,9 +14,6 @@
 
 namespace halden {
 
-/// All units of a block.
-inline constexpr std::uint32_t kWholeBlock = 0xFFFFFFFF >> (32 - WideUnits::kCount);
-
 /// Which units of a block are members of `bitmap`.
 [[nodiscard]] inline std::uint32_t membersOf(const CharacterBitmap& bitmap, const char16_t* block) noexcept {
     std::uint32_t members = 0;
@@ -27,10 +24,6 @@ inline constexpr std::uint32_t kWholeBlock = 0xFFFFFFFF >> (32 - WideUnits::kCou
 
 /// The first white unit above Latin 1.
 inline constexpr char16_t kFirstHighSpace = 0x1680;
-
-[[nodiscard]] inline bool isBelow(WideUnits units, char16_t limit) noexcept {
-    return within(units, 0, static_cast<char16_t>(limit - 1)).bits() == kWholeBlock;
-}
 
 class SpaceUnits {
 public:

@@ -73,6 +73,15 @@ struct WideUnits {
            WideUnits::broadcast(0);
 }
 
+/// What `bits` gives when every lane is set.
+inline constexpr std::uint32_t kWholeBlock = 0xFFFFFFFF >> (32 - WideUnits::kCount);
+
+/// Whether every unit is below `limit`, which is not 0.
+[[nodiscard]] inline bool isBelow(WideUnits units, char16_t limit) noexcept {
+    const WideUnits excess = saturatingDifference(units, WideUnits::broadcast(static_cast<char16_t>(limit - 1)));
+    return (excess == WideUnits::broadcast(0)).bits() == kWholeBlock;
+}
+
 /// `a` in the lanes where `mask` is set, `b` in the others.
 [[nodiscard]] inline WideUnits select(WideUnits mask, WideUnits a, WideUnits b) noexcept {
     return (a & mask) | andNot(b, mask);
