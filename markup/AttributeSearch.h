@@ -50,17 +50,17 @@ public:
     [[nodiscard]] Range find(Name name) const {
         const std::size_t length = name.size();
         if (length == 0 || length >= token_.size() || token_.size() - length <= Form::kMinimumExtra) return {};
-        const std::size_t last = token_.size() - 1 - length;
-        const char16_t first = upper(unitOf(name[0]));
-        for (std::size_t i = 0; i <= last; ++i) {
+        const auto starts = startsOf(upper(unitOf(name[0])));
+        const std::size_t end = token_.size() - length;
+        for (std::size_t i = firstOf(starts, 0); i < end; i = firstOf(starts, i + 1)) {
             const char16_t unit = token_[i];
             if (unit == u'"' || unit == u'\'') {
-                i = place(unit, i + 1);
-                continue;
+                i = firstOf(either(unit, unit), i + 1);
+                if (i == token_.size()) return {};
+            } else if (!(i > 0 && joins(token_[i - 1])) && isNamed(i, name)) {
+                const std::size_t separator = skipWhite(i + length);
+                if (separator < token_.size() && token_[separator] == Form::kSeparator) return value(separator + 1);
             }
-            if (upper(unit) != first || (i > 0 && joins(token_[i - 1])) || !isNamed(i, name)) continue;
-            const std::size_t separator = skipWhite(i + length);
-            if (separator < token_.size() && token_[separator] == Form::kSeparator) return value(separator + 1);
         }
         return {};
     }
@@ -69,17 +69,50 @@ private:
     static char16_t unitOf(char16_t unit) noexcept { return unit; }
     static char16_t unitOf(char byte) noexcept { return static_cast<unsigned char>(byte); }
 
-    /// The first place of `wanted` from `i` on, the token's end when there is none.
-    [[nodiscard]] std::size_t place(char16_t wanted, std::size_t i) const noexcept {
-        const WideUnits all = WideUnits::broadcast(wanted);
-        for (; token_.size() - i >= WideUnits::kCount; i += WideUnits::kCount) {
-            const std::uint32_t bits = (WideUnits::load(token_.data() + i) == all).bits();
+    // --- Units to look for, a block at a time --------------------------------------------------------------------
+
+    /// Quotes, and what a name may start with: its letter in either case, and all that is no ASCII, since the upper
+    /// case of that may be ASCII.
+    static auto startsOf(char16_t first) noexcept {
+        const bool isLetter = first >= u'A' && first <= u'Z';
+        return [upper = WideUnits::broadcast(first),
+                lower = WideUnits::broadcast(isLetter ? static_cast<char16_t>(first + 0x20) : first),
+                doubleQuote = WideUnits::broadcast(u'"'),
+                singleQuote = WideUnits::broadcast(u'\'')](WideUnits units) noexcept {
+            const WideUnits quotes = (units == doubleQuote) | (units == singleQuote);
+            return quotes | (units == upper) | (units == lower) | within(units, 0x80, 0xFFFF);
+        };
+    }
+
+    static auto either(char16_t first, char16_t second) noexcept {
+        return [a = WideUnits::broadcast(first), b = WideUnits::broadcast(second)](WideUnits units) noexcept {
+            return (units == a) | (units == b);
+        };
+    }
+
+    /// The first place from `i` on that `in` finds in a block, the token's end when there is none.
+    template <class In>
+    [[nodiscard]] std::size_t firstOf(In in, std::size_t i) const noexcept {
+        constexpr std::size_t kCount = WideUnits::kCount;
+        const char16_t* start = token_.data();
+        const std::size_t size = token_.size();
+        for (; size - i >= kCount; i += kCount) {
+            const std::uint32_t bits = in(WideUnits::load(start + i)).bits();
             if (bits != 0) return i + static_cast<std::size_t>(std::countr_zero(bits));
         }
-        while (i < token_.size() && token_[i] != wanted)
-            ++i;
-        return i;
+        if (i == size) return size;
+        // The rest as the end of a block: of the token where that is long enough, else of a copy.
+        char16_t copy[kCount] = {};
+        const char16_t* last = start + size - kCount;
+        if (size < kCount) {
+            token_.copy(copy + kCount - size, size);
+            last = copy;
+        }
+        const std::uint64_t bits = std::uint64_t{in(WideUnits::load(last)).bits()} >> (kCount - (size - i));
+        return bits != 0 ? i + static_cast<std::size_t>(std::countr_zero(bits)) : size;
     }
+
+    // --- Names -------------------------------------------------------------------------------------------------------
 
     [[nodiscard]] char16_t upper(char16_t unit) const noexcept {
         if (unit < 0x80) return unit >= u'a' && unit <= u'z' ? static_cast<char16_t>(unit - 0x20) : unit;
@@ -92,7 +125,7 @@ private:
 
     template <class Name>
     [[nodiscard]] bool isNamed(std::size_t i, Name name) const noexcept {
-        for (std::size_t k = 1; k < name.size(); ++k) {
+        for (std::size_t k = 0; k < name.size(); ++k) {
             if (upper(token_[i + k]) != upper(unitOf(name[k]))) return false;
         }
         return true;
@@ -103,6 +136,8 @@ private:
             ++i;
         return i;
     }
+
+    // --- Values ------------------------------------------------------------------------------------------------------
 
     /// The value behind the separator before `i`.
     [[nodiscard]] Range value(std::size_t i) const noexcept {
@@ -126,16 +161,7 @@ private:
     }
 
     [[nodiscard]] std::size_t quotedEnd(std::size_t i, char16_t quote) const noexcept {
-        const WideUnits allQuotes = WideUnits::broadcast(quote);
-        const WideUnits allTerminators = WideUnits::broadcast(Form::kTerminator);
-        for (; token_.size() - i >= WideUnits::kCount; i += WideUnits::kCount) {
-            const WideUnits units = WideUnits::load(token_.data() + i);
-            const std::uint32_t bits = ((units == allQuotes) | (units == allTerminators)).bits();
-            if (bits != 0) return i + static_cast<std::size_t>(std::countr_zero(bits));
-        }
-        while (i < token_.size() && token_[i] != quote && token_[i] != Form::kTerminator)
-            ++i;
-        return i;
+        return firstOf(either(quote, Form::kTerminator), i);
     }
 
     /// The end of a quoted value that starts at `start` and may hold tags.
