@@ -42,7 +42,7 @@ public:
     /// Whether the scheme is "file".
     [[nodiscard]] bool isFileURL() const noexcept { return hasScheme(u"file"); }
     /// The path in the file system, as Path.h has it, that a file URL names, whatever its host; nullopt for other
-    /// addresses and for paths that no file can have.
+    /// addresses, for relative paths and for such that no file can have.
     [[nodiscard]] std::optional<std::u16string> filePath() const;
 
     friend bool operator==(const Url& a, const Url& b) noexcept { return a.string_ == b.string_; }

@@ -27,7 +27,7 @@ struct UrlSimplification {
 ///  3. The path is standardized.
 ///  4. If asked for, session identifiers, then tracking parameters, then empty parameters are removed.
 ///  5. If asked for, the index page is removed. With session identifiers, a final "?page=main.php" (in this case, right
-///     behind a slash that is not the first unit's) is one, and is then the only one looked for.
+///     behind a slash) is one, too.
 ///  6. "http://www.", "https://www." and "https:" at the start (ignoring case) become "http://", "http://" and "http:".
 ///  7. Every slash at the end is removed.
 ///  8. All is put in lower case, by the root locale's full mapping: the path and the parameters, too.
@@ -62,8 +62,8 @@ struct UrlSimplification {
 /// Without parameters that have a "=" and no value, when there is nothing after it or else "&", ";", "?" or U+0000,
 /// which is removed with them; and with "?" for every "?&" of the result.
 ///
-/// The first unit of a parameter's name may be anything, even a separator or, behind a name of a single unit, "=". The
-/// search goes on at the same index of the shortened string, by which it passes over what moved there: of "?a=&b=&c=1"
+/// The unit right before the "=" belongs to the name, whatever it is, even a separator or another "=". The search goes
+/// on behind the index of the "=" in the shortened string, by which it passes over what moved there: of "?a=&b=&c=1"
 /// only the first parameter is removed.
 [[nodiscard]] std::u16string stringURLByRemovingEmptyParams(std::u16string url);
 
@@ -73,7 +73,7 @@ struct UrlSimplification {
 [[nodiscard]] std::u16string stringURLByRemovingSessionIDs(std::u16string url);
 
 /// Without "/index" and one of .shtml, .phtml, .jhtml, .html, .htm, .php, .chm, .asp and .cgi at the end, ignoring
-/// case. One that is the whole string stays when it is shorter than 10 units (none is).
+/// case. Index pages with parameters, and others, stay.
 [[nodiscard]] std::u16string stringURLByRemovingIndexPages(std::u16string url);
 
 }  // namespace halden
