@@ -9,5 +9,9 @@ namespace halden::operations {
 
 /// Bitmaps, tables, single units, comparison and search: Characters.h, CharacterComparison.h.
 [[nodiscard]] std::span<const Operation> characterOperations();
+/// The number spaces of the text encodings, and the converters between buffers: TextEncoding.h, UnicodeConverters.h.
+[[nodiscard]] std::span<const Operation> encodingOperations();
+/// CompressedData.h
+[[nodiscard]] std::span<const Operation> dataOperations();
 
 }  // namespace halden::operations
