@@ -4,6 +4,7 @@
 #include "foundation/Unicode.h"
 
 #include <unicode/ucnv.h>
+#include <unicode/ucnv_cb.h>
 
 #include <algorithm>
 #include <iterator>
@@ -165,6 +166,14 @@ void fillUnits(std::array<char16_t, 256>& units, CFStringEncoding encoding) {
     }
 }
 
+/// Writes U+FFFD for what a converter cannot read; left to themselves some write a control character.
+void replaceUnreadable(const void*, UConverterToUnicodeArgs* arguments, const char*, int32_t,
+                       UConverterCallbackReason reason, UErrorCode* error) {
+    if (reason > UCNV_IRREGULAR) return;  // the converter is reset or closed
+    *error = U_ZERO_ERROR;
+    ucnv_cbToUWriteUChars(arguments, &kReplacementCharacter, 1, 0, error);
+}
+
 /// Windows pages have grown; where the platform's tables are older, the newer characters are taken from ICU's.
 void completeUnits(std::array<char16_t, 256>& units, int codePage) {
     UErrorCode error = U_ZERO_ERROR;
@@ -208,7 +217,10 @@ RtfCodePage::RtfCodePage(int number) {
         UErrorCode error = U_ZERO_ERROR;
         converter_.reset(ucnv_open(row->converter, &error));
         isLeadByte_ = row->isLeadByte;
-        if (converter_) return;
+        if (converter_) {
+            ucnv_setToUCallBack(converter_.get(), replaceUnreadable, nullptr, nullptr, nullptr, &error);
+            return;
+        }
     }
     symbol_ = number == kCodePageSymbol || number == kCodePageDingbats || number == kCodePageWingdings ||
               number == kCodePagePrivateSymbol;

@@ -104,7 +104,7 @@ void RtfParser::endGroup() {
     }
     group_ = std::move(stack_.back());
     stack_.pop_back();
-    if (opener == RtfWord::NeXTGraphic) dropsPlaceholder_ = true;
+    if (opener == RtfWord::NeXTGraphic) dropsPlaceholder_ = content_.text.ends_with(u'\uFFFC');
 }
 
 /// Passes over the rest of the current group, unless that is the whole document.
@@ -367,7 +367,7 @@ void RtfParser::emit(std::u16string_view units) {
             break;
         case RtfDestination::fieldInstruction:
             if (!fields_.empty() && fields_.back().instruction.size() < kMaxRtfCollected) {
-                fields_.back().instruction += units;
+                fields_.back().instruction += units.substr(0, kMaxRtfCollected - fields_.back().instruction.size());
             }
             break;
         default:

@@ -136,7 +136,7 @@ void RtfParser::openDestination(RtfWord word, bool starred) {
             open(fieldInstruction);
             break;
         case RtfWord::fldrslt:
-            if (!fields_.empty()) {
+            if (!fields_.empty() && fields_.back().link != 0) {
                 group_.character.link = fields_.back().link;
                 group_.characterFormat = RtfGroup::kNoFormat;
             }

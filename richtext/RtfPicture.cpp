@@ -112,7 +112,7 @@ Bytes metafileHeader(std::int32_t width, std::int32_t height) {
     };
     Bytes header;
     appendLittleEndian(header, 0x9AC6CDD7, 4);
-    appendLittleEndian(header, 0, 6);
+    header.insert(header.end(), 6, 0);
     appendLittleEndian(header, extent(width), 2);
     appendLittleEndian(header, extent(height), 2);
     appendLittleEndian(header, 1440, 2);

@@ -124,6 +124,10 @@ RtfToken RtfTokenizer::textRun() noexcept {
 
 std::string_view RtfTokenizer::takeSign() noexcept {
     if (cursor_ == end_ || (*cursor_ != '\\' && *cursor_ != '{' && *cursor_ != '}')) return {};
+    const std::string_view rest(cursor_, static_cast<std::size_t>(end_ - cursor_));
+    for (const std::string_view escape : {"\\'", "\\\\", "\\{", "\\}"}) {
+        if (rest.starts_with(escape)) return {};
+    }
     return {cursor_++, 1};
 }
 

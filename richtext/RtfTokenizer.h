@@ -58,7 +58,7 @@ public:
     /// Where the next token starts: the number of bytes taken so far.
     [[nodiscard]] std::size_t offset() const noexcept { return static_cast<std::size_t>(cursor_ - begin_); }
 
-    /// Takes the next byte as it is when it is \ { or }; empty otherwise.
+    /// Takes the next byte as it is when it is \ { or }, and does not escape a byte or a sign; empty otherwise.
     [[nodiscard]] std::string_view takeSign() noexcept;
 
     /// Passes over everything up to the brace that ends the innermost open group, and that brace too. Groups inside and
