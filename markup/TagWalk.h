@@ -90,20 +90,24 @@ private:
     /// The first of the characters, whose masks these are, from `from` on; the length when there is none.
     template <class... Indices>
     std::size_t findAny(std::size_t from, const char* characters, Indices... indices) noexcept {
-        // Behind the block as well as before it (an element may end before its start tag does) this wraps to too much.
+        // Before the block as well as behind it (an element may end before its start tag does) this is too much.
         const std::size_t offset = from - base_;
         if (offset < Block::kCount) {
             if (const std::uint64_t mask = (masks_[indices] | ...) >> offset) return from + lowestBit(mask);
             from = base_ + Block::kCount;
         }
-        const std::size_t found = search(from, [characters](const Block& block) {
+        if (from >= length_) return length_;
+        takeMasks(from);
+        if (const std::uint64_t mask = (masks_[indices] | ...)) return from + lowestBit(mask);
+        // A long run, of which only its end matters.
+        from = search(from + Block::kCount, [characters](const Block& block) {
             std::uint64_t mask = 0;
             for (std::size_t i = 0; i < sizeof...(Indices); ++i)
                 mask |= block.equal(characters[i]);
             return mask;
         });
-        if (found < length_) takeMasks(found);
-        return found;
+        if (from < length_) takeMasks(from);
+        return from;
     }
     std::size_t find(std::size_t from, char character, MaskIndex index) noexcept {
         return findAny(from, &character, index);
@@ -123,13 +127,19 @@ private:
             // Outside a value quotes mean nothing until there was a "=".
             const std::size_t equals = findAny(from, "=>", kEquals, kClose);
             if (equals >= length_ || units_[equals] == u'>') return equals;
-            const std::size_t quote = findAny(equals + 1, "\"'>", kDouble, kSingle, kClose);
+            const std::size_t quote = firstQuote(equals + 1);
             if (quote >= length_ || units_[quote] == u'>') return quote;
             const std::size_t end =
                 units_[quote] == u'"' ? find(quote + 1, '"', kDouble) : find(quote + 1, '\'', kSingle);
             if (end >= length_) return end;
             from = end + 1;
         }
+    }
+
+    /// The quote that opens a value after a "=", or the ">" that comes first. Mostly it is the next unit.
+    std::size_t firstQuote(std::size_t from) noexcept {
+        if (from < length_ && (units_[from] == u'"' || units_[from] == u'\'')) return from;
+        return findAny(from, "\"'>", kDouble, kSingle, kClose);
     }
 
     /// The ">" that ends the comment or marked section whose inside starts at `from`.
