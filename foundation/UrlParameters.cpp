@@ -175,14 +175,11 @@ constexpr char16_t lowerAscii(char16_t unit) {
     return unit >= u'A' && unit <= u'Z' ? static_cast<char16_t>(unit + 0x20) : unit;
 }
 
-/// The name of the parameter that `rest` begins with; empty when there is no "=", or only so late that the name could
-/// be none of the table's.
+/// The name of the parameter that `rest` begins with; empty when it has no "=".
 std::u16string_view nameAtStart(std::u16string_view rest) {
-    constexpr std::size_t kLongestName = 32;
-    const std::u16string_view head = rest.substr(0, kLongestName + 1);
-    const auto end = std::ranges::find_if(head, [](char16_t unit) { return unit == u'=' || isSeparator(unit); });
-    if (end == head.end() || *end != u'=') return {};
-    return head.substr(0, static_cast<std::size_t>(end - head.begin()));
+    const auto end = std::ranges::find_if(rest, [](char16_t unit) { return unit == u'=' || isSeparator(unit); });
+    if (end == rest.end() || *end != u'=') return {};
+    return rest.substr(0, static_cast<std::size_t>(end - rest.begin()));
 }
 
 }  // namespace
