@@ -1,5 +1,6 @@
 #include "foundation/CharacterComparison.h"
 #include "foundation/Characters.h"
+#include "foundation/operations/NamedArguments.h"
 #include "foundation/operations/Operations.h"
 
 #include <array>
@@ -7,49 +8,6 @@
 
 namespace halden::operations {
 namespace {
-
-// --- Named sets and tables -----------------------------------------------------------------------------------------
-
-struct NamedSet {
-    std::u16string_view name;
-    const CharacterBitmap& (*set)();
-};
-
-constexpr NamedSet kSets[] = {
-    {u"emptyCharacterSetRep", emptyCharacterSetRep},       {u"spaceCharacterSetRep", spaceCharacterSetRep},
-    {u"whiteCharacterSetRep", whiteCharacterSetRep},       {u"alphaCharacterSetRep", alphaCharacterSetRep},
-    {u"alphaNumCharacterSetRep", alphaNumCharacterSetRep}, {u"digitCharacterSetRep", digitCharacterSetRep},
-    {u"lowerCharacterSetRep", lowerCharacterSetRep},       {u"upperCharacterSetRep", upperCharacterSetRep},
-};
-
-struct NamedTable {
-    std::u16string_view name;
-    const ConversionTable& (*table)();
-};
-
-constexpr NamedTable kTables[] = {
-    {u"initLowerCharsTable", initLowerCharsTable},
-    {u"initUpperCharsTable", initUpperCharsTable},
-    {u"initUmlautsCharsTable", initUmlautsCharsTable},
-    {u"initLowerUmlautsCharsTable", initLowerUmlautsCharsTable},
-    {u"initUpperUmlautsCharsTable", initUpperUmlautsCharsTable},
-};
-
-const CharacterBitmap* setNamed(std::optional<std::u16string_view> name) {
-    if (!name) return nullptr;
-    for (const NamedSet& candidate : kSets) {
-        if (candidate.name == *name) return &candidate.set();
-    }
-    throw ArgumentError("argument 2 names no set");
-}
-
-const ConversionTable* tableNamed(std::optional<std::u16string_view> name) {
-    if (!name) return nullptr;
-    for (const NamedTable& candidate : kTables) {
-        if (candidate.name == *name) return &candidate.table();
-    }
-    throw ArgumentError("argument 3 names no table");
-}
 
 // --- Forms ---------------------------------------------------------------------------------------------------------
 
@@ -97,11 +55,11 @@ std::int64_t compareBytes(const Data& first, const Data& second) {
 
 std::int64_t compareThroughTable(std::u16string_view first, std::u16string_view second,
                                  std::optional<std::u16string_view> table) {
-    return fastCompareUnicharsUsingConversionTable(first, second, tableNamed(table));
+    return fastCompareUnicharsUsingConversionTable(first, second, tableNamed(table, 2));
 }
 
 bool partOfSet(std::u16string_view string, std::optional<std::u16string_view> set) {
-    return characterPartOfSet(string, setNamed(set));
+    return characterPartOfSet(string, setNamed(set, 1));
 }
 
 std::optional<std::size_t> position(const Data& needle, std::u16string_view haystack, bool caseSensitive) {

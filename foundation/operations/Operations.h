@@ -13,5 +13,7 @@ namespace halden::operations {
 [[nodiscard]] std::span<const Operation> encodingOperations();
 /// CompressedData.h
 [[nodiscard]] std::span<const Operation> dataOperations();
+/// StringNormalization.h, StringConversion.h, StringWhiteSpace.h, StringTrimming.h, StringSearch.h.
+[[nodiscard]] std::span<const Operation> stringOperations();
 
 }  // namespace halden::operations
