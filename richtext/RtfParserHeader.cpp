@@ -386,7 +386,7 @@ void RtfParser::closeListLevel() {
     RtfListLevel level = std::exchange(level_, {});
     if (stack_.empty()) return;
     if (stack_.back().destination == RtfDestination::listOverrideLevel) {
-        if (overridesFormat_) overrideLevels_.back() = std::move(level);
+        if (overridesFormat_ && !overrideLevels_.empty()) overrideLevels_.back() = std::move(level);
     } else if (list_.levels.size() < RtfHeaderTables::kMaxListLevels) {
         list_.levels.push_back(std::move(level));
     }

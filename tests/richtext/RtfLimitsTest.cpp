@@ -97,6 +97,17 @@ TEST(RtfLimits, EndStylesThatAreBasedOnThemselves) {
     EXPECT_TRUE(header.style(200));
 }
 
+TEST(RtfLimits, ReadTablesInsideThemselves) {
+    // An override inside another one's level leaves that one without levels.
+    EXPECT_EQ(
+        textOf("{\\listoverridetable{\\listoverride{\\lfolevel\\listoverrideformat{\\listoverridetable{\\listoverride}}"
+               "{\\listlevel}}}}a"),
+        "a");
+    EXPECT_EQ(textOf("{\\listtable{\\list{\\listlevel{\\listtable{\\list{\\listlevel}}}}}}a"), "a");
+    EXPECT_EQ(textOf("{\\fonttbl{\\f0{\\fonttbl{\\f1 A;}}B;}}{\\field{\\fldinst{\\field{\\fldrslt b}}}}a"), "a");
+    EXPECT_EQ(textOf("{\\info{\\title{\\info{\\title x}}y}}{\\pict{\\pict 00}}a"), "a");
+}
+
 TEST(RtfLimits, ReadEveryBeginningOfADocument) {
     const std::string samples[] = {
         "{\\rtf1\\ansi\\ansicpg1252\\cocoartf2513{\\fonttbl\\f0\\fswiss\\fcharset128 "

@@ -1,0 +1,66 @@
+// Any bytes read as RTF: what comes out must hold together, whatever went in.
+#include "foundation/Unicode.h"
+#include "richtext/RtfContent.h"
+
+#include <cstdint>
+#include <cstdlib>
+
+namespace {
+
+void require(bool condition) {
+    if (!condition) std::abort();
+}
+
+/// Runs and paragraphs cover the text without a gap, and refer to what exists.
+void checkRuns(const halden::RtfContent& content) {
+    std::size_t end = 0;
+    for (const halden::RtfRun& run : content.runs) {
+        require(run.end > end && run.format < content.characters.formats().size());
+        end = run.end;
+    }
+    require(end == content.text.size());
+    end = 0;
+    for (const halden::RtfParagraphRun& paragraph : content.paragraphs) {
+        require(paragraph.end > end && paragraph.format < content.paragraphFormats.formats().size());
+        require(paragraph.cell < static_cast<std::int32_t>(content.tables.cells().size()));
+        end = paragraph.end;
+    }
+    require(end == content.text.size());
+    for (const halden::RtfAttachment& attachment : content.attachments) {
+        require(content.text.at(attachment.position) == u'\uFFFC');
+    }
+    for (const halden::RtfCharacter& character : content.characters.formats()) {
+        require(character.link >= 0 && static_cast<std::size_t>(character.link) <= content.links.size());
+    }
+}
+
+/// Cells that are shown do not overlap, and lie inside their tables.
+void checkTables(halden::RtfTables& tables) {
+    tables.resolve(std::vector<bool>(tables.cells().size(), true));
+    std::int32_t row = -1;
+    std::int32_t column = 0;
+    for (const auto& cell : tables.cells()) {
+        if (cell.place.continuation) continue;
+        const auto& place = cell.place;
+        require(place.row >= 0 && place.rowSpan >= 1 && place.column >= 0 && place.columnSpan >= 1);
+        const auto& table =
+            tables.tables().at(static_cast<std::size_t>(tables.rows().at(static_cast<std::size_t>(cell.row)).table));
+        require(place.column + place.columnSpan <= table.columnCount);
+        require(static_cast<std::size_t>(place.row + place.rowSpan) <= table.rows.size());
+        if (cell.row == row) require(place.column >= column);
+        row = cell.row;
+        column = place.column + place.columnSpan;
+    }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
+    auto content = halden::parsedRtf({reinterpret_cast<const char*>(bytes), size});
+    if (!content) return 0;
+    require(halden::isWellFormed(content->text));
+    // Markers apart, no text is longer than the bytes that it was read from.
+    checkRuns(*content);
+    checkTables(content->tables);
+    return 0;
+}
