@@ -1,5 +1,7 @@
 #include "helper/QuarryHelper.h"
 
+#include "documents/WebArchive.h"
+
 namespace quarry {
 
 using halden::Data;
@@ -16,6 +18,10 @@ std::optional<Dictionary> QuarryHelper::metaDataForFile(std::u16string_view path
 
 bool QuarryHelper::supportsFile(std::u16string_view path) {
     return mdimporter_->supportsFileAtPath(path);
+}
+
+std::optional<Dictionary> QuarryHelper::searchableTextOfWebArchive(std::u16string_view path) {
+    return quarry::searchableTextOfWebArchive(path);
 }
 
 // The operations below wait for their engines. Until then each answers what it answers for a document that it cannot
@@ -39,10 +45,6 @@ std::optional<Dictionary> QuarryHelper::posterImageForMovieWithFile(std::u16stri
 }
 
 std::optional<Dictionary> QuarryHelper::attributedStringWithContentsOfFile(std::u16string_view) {
-    return std::nullopt;
-}
-
-std::optional<Dictionary> QuarryHelper::searchableTextOfWebArchive(std::u16string_view) {
     return std::nullopt;
 }
 

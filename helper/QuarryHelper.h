@@ -25,6 +25,7 @@ public:
                                                               halden::AttributedStringWithPDFOptions options) override;
     std::optional<halden::Dictionary> posterImageForMovieWithFile(std::u16string_view path) override;
     std::optional<halden::Dictionary> attributedStringWithContentsOfFile(std::u16string_view path) override;
+    /// Never nil: an empty dictionary stands for a file that is no archive.
     std::optional<halden::Dictionary> searchableTextOfWebArchive(std::u16string_view path) override;
     bool writeRTFDDataToFile(const halden::Data& rtfd, std::u16string_view path) override;
     std::optional<halden::Data> RTFDWithHTML(const halden::Data& html, const std::optional<std::u16string>& baseURL,

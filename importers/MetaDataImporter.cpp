@@ -1,5 +1,6 @@
 #include "importers/MetaDataImporter.h"
 
+#include "documents/PackageText.h"
 #include "foundation/Log.h"
 #include "foundation/Path.h"
 #include "foundation/Strings.h"
@@ -52,7 +53,8 @@ std::shared_ptr<MetaDataImporter>& keptSharedImporter() {
 
 }  // namespace
 
-MetaDataImporter::MetaDataImporter(halden::ImporterLocations locations) : locations_(std::move(locations)) {}
+MetaDataImporter::MetaDataImporter(halden::ImporterLocations locations)
+    : locations_(std::move(locations)), cleanUp_(cleanUpPackageAttributes), fallback_(textOfPackage) {}
 
 std::shared_ptr<MetaDataImporter> MetaDataImporter::sharedImporter() {
     auto& shared = keptSharedImporter();

@@ -52,9 +52,10 @@ public:
     /// The content types that the importer at `path` declares, in lower case, or a null pointer.
     [[nodiscard]] const Types* contentTypesForMDImporter(const std::u16string& path) const;
 
-    /// Changes the attributes that an importer gave for a path, before they are returned.
+    /// Changes the attributes that an importer gave for a path, before they are returned; `cleanUpPackageAttributes` unless
+    /// another is set.
     using ResultCleanUp = std::function<void(halden::Dictionary& attributes, std::u16string_view path)>;
-    /// Stands in for an importer when none gave a result.
+    /// Stands in for an importer when none gave a result; `textOfPackage` unless another is set.
     using Fallback = std::function<std::optional<halden::Dictionary>(std::u16string_view path)>;
     void setResultCleanUp(ResultCleanUp cleanUp) { cleanUp_ = std::move(cleanUp); }
     void setFallback(Fallback fallback) { fallback_ = std::move(fallback); }
