@@ -80,6 +80,13 @@ private:
 /// a region sets a flag in its record and looks away until the token that ends it.
 ///
 /// A handler may throw: the scan ends and the exception leaves `GetTagsOfString`.
+///
+///     bool countLinks(const Tag& tag, void* context) {
+///         if (tag.kind == TagKind::tag && tag.name() == u"a") ++*static_cast<int*>(context);
+///         return false;
+///     }
+///     int links = 0;
+///     GetTagsOfString(page, countLinks, &links);
 using TagHandler = bool (*)(const Tag& tag, void* context);
 
 /// Scans `string` as it stands: nothing is copied or allocated, and the units must not change until the scan returns.

@@ -31,9 +31,9 @@ bool listCall(const Tag& tag, void* context) {
 
 /// Two functions that differ in the mode.
 template <bool (*scan)(String, TagHandler, void*), bool (*scanMutable)(std::u16string*, TagHandler, void*)>
-Value listCalls(OptionalString string, bool isMutable) {
+Value listCalls(std::optional<String> string, bool isMutable) {
     Array calls;
-    std::u16string text = string.value_or(u"");
+    std::u16string text(string.value_or(String()));
     const bool result = isMutable ? scanMutable(&text, listCall, &calls) : scan(text, listCall, &calls);
     return Dictionary{{u"result", result}, {u"calls", std::move(calls)}};
 }
@@ -48,8 +48,8 @@ Array listOf(const RangeArray& ranges, std::size_t count) {
 }
 
 template <Kept kept>
-Value listRanges(OptionalString string) {
-    const std::u16string text = string.value_or(u"");
+Value listRanges(std::optional<String> string) {
+    const String text = string.value_or(String());
     RangeArray tags;
     RangeArray texts;
     const std::size_t count = kept == Kept::tags       ? getXmlTags(text, &tags)
