@@ -43,6 +43,14 @@ TEST(Arguments, FilesAreTakenAsTheyAre) {
     EXPECT_EQ(invocation.data, halden::JsonData::base64);
 }
 
+TEST(Arguments, TheOutputStandsBeforeOrAfterTheFile) {
+    EXPECT_EQ(parsed({"richtext", "-o", "b c.rtfd", "a"}).output, "b c.rtfd");
+    const Invocation after = parsed({"write-rtfd", "a", "-o", "\xff.rtfd"});
+    EXPECT_EQ(after.output, "\xff.rtfd");
+    EXPECT_EQ(after.files, (Words{"a"}));
+    EXPECT_EQ(parsed({"richtext", "--", "-o"}).files, (Words{"-o"}));
+}
+
 TEST(Arguments, WhatIsWrongIsAUsageError) {
     const std::vector<Words> wrong{
         {},
@@ -68,6 +76,12 @@ TEST(Arguments, WhatIsWrongIsAUsageError) {
         {"metadata", "--data", "hex", "a"},
         {"metadata", "--json", "a"},
         {"supports", "--data", "base64", "a"},
+        {"richtext"},
+        {"richtext", "a", "b"},
+        {"richtext", "a", "-o"},
+        {"richtext", "a", "-o", ""},
+        {"write-rtfd", "a", "b", "-o", "c"},
+        {"write-rtfd", "--data", "base64", "a"},
         {"importers", "a"},
         {"importers", "--timeout", "3"},
         {"--timeout", "3", "doctor"},
