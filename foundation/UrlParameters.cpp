@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 #include <vector>
 
 namespace halden {
@@ -85,6 +86,14 @@ private:
 
 constexpr std::array<std::u16string_view, 6> kTrackingNames{u"utm_source=", u"utm_medium=",  u"utm_campaign=",
                                                             u"utm_term=",   u"utm_content=", u"utm_nooverride="};
+
+/// Whether "utm_" occurs, ignoring case. Underscores are rare, so that is what is looked for.
+bool mentionsTracking(std::u16string_view url) {
+    for (std::size_t i = url.find(u'_', 3); i != kNone; i = url.find(u'_', i + 1)) {
+        if (toUpper(url[i - 1]) == u'M' && toUpper(url[i - 2]) == u'T' && toUpper(url[i - 3]) == u'U') return true;
+    }
+    return false;
+}
 
 /// The removal of tracking parameters. The string is cut before every separator: as the names hold none, a name is
 /// always found within one piece, pieces only ever vanish, and the first place of a name only ever moves on.
@@ -175,6 +184,16 @@ constexpr char16_t lowerAscii(char16_t unit) {
     return unit >= u'A' && unit <= u'Z' ? static_cast<char16_t>(unit + 0x20) : unit;
 }
 
+/// For each ASCII character the lengths (bit n for n units) of names that begin with it.
+constexpr auto kLengthsByFirst = [] {
+    std::array<std::uint32_t, 128> lengths{};
+    for (const SessionParameter& row : kSessionParameters) {
+        const std::uint32_t length = std::uint32_t{1} << row.name.size();
+        lengths[row.name.front()] |= row.isPrefix ? ~(length - 1) : length;
+    }
+    return lengths;
+}();
+
 /// The name of the parameter that `rest` begins with; empty when it has no "=".
 std::u16string_view nameAtStart(std::u16string_view rest) {
     const auto end = std::ranges::find_if(rest, [](char16_t unit) { return unit == u'=' || isSeparator(unit); });
@@ -185,6 +204,11 @@ std::u16string_view nameAtStart(std::u16string_view rest) {
 }  // namespace
 
 bool isSessionParameter(std::u16string_view name) noexcept {
+    constexpr std::size_t kLongest = 31;  // beyond it a name can only be one with a prefix of the table's
+    static_assert(std::ranges::all_of(kSessionParameters, [](const auto& row) { return row.name.size() < kLongest; }));
+    if (name.empty() || name.front() >= 128) return false;
+    const std::uint32_t lengths = kLengthsByFirst[lowerAscii(name.front())];
+    if (((lengths >> std::min(name.size(), kLongest)) & 1) == 0) return false;
     return std::ranges::any_of(kSessionParameters, [name](const SessionParameter& row) {
         if (row.isPrefix ? name.size() < row.name.size() : name.size() != row.name.size()) return false;
         return std::ranges::equal(name.substr(0, row.name.size()), row.name, {}, lowerAscii);
@@ -208,7 +232,7 @@ void removeSessionIDs(std::u16string& url) {
 }
 
 void removeAnalytics(std::u16string& url) {
-    if (findNoCase(url, u"utm_") == kNone) return;
+    if (!mentionsTracking(url)) return;
     TrackingRemover remover(url);
     remover.removeAll();
     url = remover.string();
@@ -226,7 +250,17 @@ void removeQueryParam(std::u16string& url, std::u16string_view parameter) {
     }
 }
 
-void removeEmptyParams(std::u16string& url) {
+namespace {
+
+/// Whether any "=" is followed by nothing, or by what can follow an empty parameter.
+bool hasEmptyParam(std::u16string_view url) {
+    for (std::size_t i = url.find(u'='); i != kNone; i = url.find(u'=', i + 1)) {
+        if (i + 1 == url.size() || url[i + 1] == 0 || isSeparator(url[i + 1])) return true;
+    }
+    return false;
+}
+
+void removeParamsWithoutValue(std::u16string& url) {
     const std::size_t length = url.size();
     std::size_t written = 0;
     for (std::size_t read = 0; read < length;) {
@@ -250,13 +284,23 @@ void removeEmptyParams(std::u16string& url) {
             url[written++] = url[read++];
     }
     url.resize(written);
+}
 
-    written = 0;
+/// Writes "?" for every "?&".
+void joinSeparators(std::u16string& url) {
+    std::size_t written = 0;
     for (std::size_t read = 0; read < url.size(); ++read) {
         const char16_t unit = url[written++] = url[read];
         if (unit == u'?' && read + 1 < url.size() && url[read + 1] == u'&') ++read;
     }
     url.resize(written);
+}
+
+}  // namespace
+
+void removeEmptyParams(std::u16string& url) {
+    if (hasEmptyParam(url)) removeParamsWithoutValue(url);
+    if (url.find(u"?&") != std::u16string::npos) joinSeparators(url);
 }
 
 }  // namespace halden

@@ -5,11 +5,47 @@
 #include "foundation/Strings.h"
 #include "foundation/UrlParameters.h"
 
+#include <array>
+#include <cstdint>
 #include <utility>
 
-// Every step works in place, so that a key is made in the one buffer that comes in.
+// Every step works in place, so that a key is made in the one buffer that comes in. Most addresses need few of the
+// steps: which ones, one look at the units tells.
 namespace halden {
 namespace {
+
+/// What occurs in an address. A step without which nothing would change is left out.
+enum Mark : std::uint8_t {
+    kPercent = 1,
+    kHash = 2,
+    kEquals = 4,
+    kAmpersand = 8,
+    kNonAscii = 16,
+    kRepeatedSlash = 32,
+};
+
+constexpr auto kMarks = [] {
+    std::array<std::uint8_t, 128> marks{};
+    marks[u'%'] = kPercent;
+    marks[u'#'] = kHash;
+    marks[u'='] = kEquals;
+    marks[u'&'] = kAmpersand;
+    return marks;
+}();
+
+unsigned marksOf(std::u16string_view url) {
+    unsigned marks = 0;
+    bool isRepeated = false;
+    char16_t last = 0;
+    char16_t lastButOne = 0;
+    for (const char16_t unit : url) {
+        marks |= unit < 128 ? kMarks[unit] : std::uint8_t{kNonAscii};
+        isRepeated |= (unit == u'/') & (last == u'/') & (lastButOne != u':');
+        lastButOne = last;
+        last = unit;
+    }
+    return marks | (isRepeated ? kRepeatedSlash : 0);
+}
 
 void removeAnchor(std::u16string& url) {
     const auto hash = findCharacter(url, u'#');
@@ -19,8 +55,8 @@ void removeAnchor(std::u16string& url) {
     url.resize(*hash);
 }
 
-/// Removes repeated slashes before the parameters; gives whether there are any parameters.
-bool removeRepeatedSlashes(std::u16string& url) {
+/// Removes repeated slashes before the parameters.
+void removeRepeatedSlashes(std::u16string& url) {
     std::size_t written = 0;
     for (std::size_t read = 0; read < url.size(); ++read) {
         const char16_t unit = url[read];
@@ -30,14 +66,14 @@ bool removeRepeatedSlashes(std::u16string& url) {
         url[written++] = unit;
         if (unit == u'?' || unit == u';') {
             url.erase(written, read + 1 - written);
-            return true;
+            return;
         }
     }
     url.resize(written);
-    return false;
 }
 
 void removeTrailingDotSegments(std::u16string& url) {
+    if (url.find_first_of(u"?;") != std::u16string::npos) return;
     std::u16string_view rest = url;
     while (true) {
         const std::size_t segment = rest.rfind(u'/') + 1;  // 0 when there is no slash
@@ -48,20 +84,25 @@ void removeTrailingDotSegments(std::u16string& url) {
     url.resize(rest.size());
 }
 
-void standardize(std::u16string& url) {
-    if (!removeRepeatedSlashes(url)) removeTrailingDotSegments(url);
+void standardize(std::u16string& url, unsigned marks) {
+    if ((marks & kRepeatedSlash) != 0) removeRepeatedSlashes(url);
+    if (url.ends_with(u'.')) removeTrailingDotSegments(url);
 }
 
 void removeIndexPage(std::u16string& url) {
     static constexpr std::u16string_view kPages[] = {u"/index.shtml", u"/index.phtml", u"/index.jhtml",
                                                      u"/index.html",  u"/index.htm",   u"/index.php",
                                                      u"/index.chm",   u"/index.asp",   u"/index.cgi"};
+    if (url.empty() ||
+        (url.back() < 128 && std::u16string_view(u"lmpiLMPI").find(url.back()) == std::u16string_view::npos))
+        return;
     for (const std::u16string_view page : kPages) {
         if (hasSuffixNoCase(url, page)) return url.resize(url.size() - page.size());
     }
 }
 
 void simplifyScheme(std::u16string& url) {
+    if (url.starts_with(u"http://") && !hasPrefixNoCase(std::u16string_view(url).substr(7), u"www.")) return;
     if (hasPrefixNoCase(url, u"http://www.")) {
         url.replace(0, 11, u"http://");
     } else if (hasPrefixNoCase(url, u"https://www.")) {
@@ -71,11 +112,8 @@ void simplifyScheme(std::u16string& url) {
     }
 }
 
-void lowercase(std::u16string& url) {
-    unsigned all = 0;
-    for (const char16_t unit : url)
-        all |= unit;
-    if (all >= 0x80) {
+void lowercase(std::u16string& url, unsigned marks) {
+    if ((marks & kNonAscii) != 0) {
         url = lowercaseString(url);
         return;
     }
@@ -86,12 +124,18 @@ void lowercase(std::u16string& url) {
 }  // namespace
 
 std::u16string simplifiedStringURLByRemovingSessionIDs(std::u16string url, UrlSimplification remove) {
-    url.resize(convertPercentEscapesOfURL(url.data(), url.size(), PercentEscapeMode::standard));
-    if (remove.anchors) removeAnchor(url);
-    standardize(url);
-    if (remove.sessionIDs) removeSessionIDs(url);
-    if (remove.analytics) removeAnalytics(url);
-    if (remove.emptyParams) removeEmptyParams(url);
+    unsigned marks = marksOf(url);
+    if ((marks & kPercent) != 0) {
+        url.resize(convertPercentEscapesOfURL(url.data(), url.size(), PercentEscapeMode::standard));
+        marks = marksOf(url);
+    }
+    if (remove.anchors && (marks & kHash) != 0) removeAnchor(url);
+    standardize(url, marks);
+    if ((marks & kEquals) != 0) {
+        if (remove.sessionIDs) removeSessionIDs(url);
+        if (remove.analytics) removeAnalytics(url);
+    }
+    if (remove.emptyParams && (marks & (kEquals | kAmpersand)) != 0) removeEmptyParams(url);
     if (remove.indexPages) {
         constexpr std::u16string_view kMainPage = u"?page=main.php";
         if (remove.sessionIDs && url.size() > kMainPage.size() && url.ends_with(kMainPage) &&
@@ -103,7 +147,7 @@ std::u16string simplifiedStringURLByRemovingSessionIDs(std::u16string url, UrlSi
     }
     simplifyScheme(url);
     url = stringByTrimmingSuffixCharacter(std::move(url), u'/');
-    lowercase(url);
+    lowercase(url, marks);
     return url;
 }
 
@@ -113,7 +157,7 @@ std::u16string stringURLWithoutAnchor(std::u16string url) {
 }
 
 std::u16string standardizedStringURL(std::u16string url) {
-    standardize(url);
+    standardize(url, marksOf(url));
     return url;
 }
 
