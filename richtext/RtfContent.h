@@ -111,6 +111,8 @@ struct RtfContent {
 inline constexpr std::size_t kMaxRtfLength = std::size_t{1} << 30;
 /// Groups inside groups; deeper ones are passed over.
 inline constexpr std::size_t kMaxRtfGroupDepth = 4096;
+/// Pictures and files; further ones are dropped.
+inline constexpr std::size_t kMaxRtfAttachments = 65536;
 /// UTF-16 units of a name, a title, an instruction; the rest is dropped.
 inline constexpr std::size_t kMaxRtfCollected = 65536;
 /// Tab stops of a paragraph; the rest is dropped.

@@ -104,7 +104,7 @@ void RtfParser::endGroup() {
     }
     group_ = std::move(stack_.back());
     stack_.pop_back();
-    if (opener == RtfWord::NeXTGraphic) dropsPlaceholder_ = content_.text.ends_with(u'\uFFFC');
+    dropsPlaceholder_ = std::exchange(placeholderFollows_, false);
 }
 
 /// Passes over the rest of the current group, unless that is the whole document.

@@ -158,12 +158,13 @@ private:
 
     std::vector<RtfGroup> stack_;
     RtfGroup group_;
-    bool starred_ = false;           // after \*
-    bool dropsPlaceholder_ = false;  // the character after an attachment stands for it
-    std::int32_t fallbackLeft_ = 0;  // characters after \u still to be passed over
-    std::string pendingBytes_;       // of a multi-byte page
-    std::u16string decoded_;         // scratch
-    std::u16string collected_;       // of the destination that gathers text
+    bool starred_ = false;             // after \*
+    bool placeholderFollows_ = false;  // after the group of an attachment
+    bool dropsPlaceholder_ = false;    // the character after an attachment stands for it
+    std::int32_t fallbackLeft_ = 0;    // characters after \u still to be passed over
+    std::string pendingBytes_;         // of a multi-byte page
+    std::u16string decoded_;           // scratch
+    std::u16string collected_;         // of the destination that gathers text
     std::uint32_t lastParagraphFormat_ = 0;
     std::int32_t lastParagraphLevel_ = 0;
 

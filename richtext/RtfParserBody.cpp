@@ -364,7 +364,7 @@ void RtfParser::appendToBody(std::u16string_view units) {
 }
 
 void RtfParser::insertAttachment(RtfAttachment attachment) {
-    if (!noteFormatOfBody()) return;
+    if (content_.attachments.size() >= kMaxRtfAttachments || !noteFormatOfBody()) return;
     attachment.position = static_cast<std::uint32_t>(content_.text.size());
     content_.text += u'\uFFFC';
     content_.attachments.push_back(std::move(attachment));

@@ -285,6 +285,7 @@ void RtfParser::closeAttachment() {
         ++start;
     name.erase(0, start);
     if (name.empty()) return;
+    placeholderFollows_ = true;
     attachment_.name = std::move(name);
     insertAttachment(std::exchange(attachment_, {}));
 }

@@ -17,8 +17,8 @@ enum class RtfPictureKind : std::uint8_t { unknown, png, jpeg, emf, wmf, pict, d
 /// A picture as a file would hold it.
 struct RtfPictureFile {
     Data data;
-    std::u16string extension;  // "png", without a dot
-    std::u16string type;       // content type, "public.png"
+    std::u16string_view extension;  // "png", without a dot
+    std::u16string_view type;       // content type, "public.png"
     Size size;                 // points; zeros where the document does not say
 };
 

@@ -83,12 +83,14 @@ std::int32_t RtfTables::openCell(Level& level) {
 std::int32_t RtfTables::cellOfParagraph(std::int32_t level) {
     const auto wanted = static_cast<std::size_t>(std::clamp(level, 0, kMaxNesting));
     if (open_.size() > wanted) open_.resize(wanted);
-    while (open_.size() < wanted) {
+    ++tablesAllowed_;
+    while (open_.size() < wanted && tablesAllowed_ > 0) {
+        --tablesAllowed_;
         const std::int32_t parent = open_.empty() ? -1 : openCell(open_.back());
         open_.push_back({.table = indexOf(tables_.size())});
         tables_.push_back({.parentCell = parent, .rows = {}, .edges = {}});
     }
-    return wanted == 0 ? -1 : openCell(open_.back());
+    return open_.empty() ? -1 : openCell(open_.back());
 }
 
 void RtfTables::endCell(std::int32_t level) {

@@ -96,6 +96,9 @@ struct RtfCellPlace {
 class RtfTables {
 public:
     static constexpr std::int32_t kMaxNesting = 32;
+    /// How many tables may begin before their number is held to that of the paragraphs: tables inside tables cost more
+    /// memory than the words that ask for them.
+    static constexpr std::int64_t kMaxTablesAhead = 1024;
 
     struct Cell {
         std::int32_t row = 0;    // of rows()
@@ -115,7 +118,8 @@ public:
     };
 
     /// The cell in which a paragraph of `level` lies now, -1 for level 0. Tables deeper than `level` end; missing ones
-    /// begin. Levels beyond `kMaxNesting` count as that.
+    /// begin. Levels beyond `kMaxNesting`, and those for which
+    /// there may be no more tables, count as the deepest that there is.
     std::int32_t cellOfParagraph(std::int32_t level);
     /// Ends the cell that is open at `level`.
     void endCell(std::int32_t level);
@@ -145,6 +149,7 @@ private:
     void resolveTable(Table& table, const std::vector<std::vector<std::int32_t>>& cellsOfRow,
                       const std::vector<bool>& isEmpty);
 
+    std::int64_t tablesAllowed_ = kMaxTablesAhead;
     std::vector<Level> open_;
     std::vector<Cell> cells_;
     std::vector<Row> rows_;

@@ -74,6 +74,16 @@ TEST(RtfLimits, BoundTheNestingOfTables) {
     const RtfContent content = contentOf("\\intbl\\itap100000 a\\nestcell\\itap-7 b\\par\\itap2147483647 c\\nestcell");
     EXPECT_EQ(content.tables.tables().size(), 2 * static_cast<std::size_t>(RtfTables::kMaxNesting));
     EXPECT_EQ(content.text, u"a\nb\nc\n");
+    // Many deep tables: the paragraphs stay, the tables become shallower.
+    const RtfContent many = contentOf(repeated("\\itap32\\par\\itap0\\par", 10000));
+    EXPECT_EQ(many.paragraphs.size(), 20000u);
+    EXPECT_LE(many.tables.cells().size(), 20000u + static_cast<std::size_t>(RtfTables::kMaxTablesAhead));
+}
+
+TEST(RtfLimits, BoundAttachments) {
+    const RtfContent content = contentOf("{\\v a}" + repeated("{\\NeXTGraphic a}", kMaxRtfAttachments + 5) + "\\b b");
+    EXPECT_EQ(content.attachments.size(), kMaxRtfAttachments);
+    EXPECT_EQ(content.text.size(), kMaxRtfAttachments + 1);
 }
 
 TEST(RtfLimits, BoundTheKindsOfFormatting) {
