@@ -11,7 +11,7 @@
 #include <vector>
 
 // The sanitizer ends the program when too much is asked for, unless it is told to answer as the system does.
-extern "C" const char* __asan_default_options() {
+extern "C" [[gnu::visibility("default")]] const char* __asan_default_options() {
     return "allocator_may_return_null=1";
 }
 
