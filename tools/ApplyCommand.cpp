@@ -1,8 +1,10 @@
 // quarry apply: the library's operations, in this process.
+#include "documents/operations/Operations.h"
 #include "foundation/Json.h"
 #include "foundation/Unicode.h"
 #include "foundation/operations/Dispatcher.h"
 #include "foundation/operations/Operations.h"
+#include "markup/operations/Operations.h"
 #include "tools/Commands.h"
 
 #include <fmt/format.h>
@@ -29,7 +31,12 @@ using halden::operations::Operation;
 
 const Dispatcher& dispatcher() {
     static const Dispatcher all{
-        halden::operations::characterOperations(),
+        halden::operations::characterOperations(),  halden::operations::encodingOperations(),
+        halden::operations::dataOperations(),       halden::operations::stringOperations(),
+        halden::operations::scannerOperations(),    halden::operations::entityOperations(),
+        halden::operations::charsetOperations(),    halden::operations::plainTextOperations(),
+        halden::operations::strippingOperations(),  halden::operations::pageOperations(),
+        quarry::operations::webArchiveOperations(),
     };
     return all;
 }
@@ -46,13 +53,15 @@ std::string_view readInput() {
 
 std::string readWholeInput() {
     std::string input;
-    for (std::string_view part = readInput(); !part.empty(); part = readInput()) input += part;
+    for (std::string_view part = readInput(); !part.empty(); part = readInput())
+        input += part;
     return input;
 }
 
 Status listOperations() {
     std::string text;
-    for (const Operation* operation : dispatcher().sorted()) text += describe(*operation) + '\n';
+    for (const Operation* operation : dispatcher().sorted())
+        text += describe(*operation) + '\n';
     print(text);
     return Status::result;
 }
@@ -95,7 +104,8 @@ std::vector<Value> argumentsFor(const Operation& operation, const std::vector<st
         arguments.push_back(valueOfWord(word, kind, index));
     };
     if (words.size() + 1 == operation.parameters.size()) add(readWholeInput());
-    for (const std::string& word : words) add(word);
+    for (const std::string& word : words)
+        add(word);
     return arguments;
 }
 

@@ -12,6 +12,7 @@ Status richTextCommand(const Invocation& invocation);
 Status writeRtfdCommand(const Invocation& invocation);
 Status importersCommand(const Invocation& invocation);
 Status applyCommand(const Invocation& invocation);
+Status webArchiveCommand(const Invocation& invocation);
 Status doctorCommand(const Invocation& invocation);
 
 }  // namespace quarry::tools

@@ -89,6 +89,11 @@ constexpr std::array kCommands{
         "Writes RTFD data, such as \"Rtfd\" of 'richtext' holds, as a package: a folder with the text in TXT.rtf "
         "and the attachments beside it. Prints YES when it was written, else NO.",
         true, kWriteRtfdOptions},
+    CommandText{"webarchive", "FILE...", "Print the text of web archives",
+                "Prints what a web archive holds: \"String\", the text of the page and then of its frames, each after "
+                "two line feeds; \"Source\", the page's markup; \"URL\", its address. A file that is no web archive "
+                "gives {}. A single file gives an indented object, several one line each.",
+                true, kHelpOnly},
     CommandText{"importers", "", "List the importers and their content types",
                 "Prints the importer table in the order in which importers are asked: the path of each bundle, and "
                 "below it, indented, the content types that it declares. No importer is loaded.",
@@ -117,7 +122,7 @@ constexpr std::array kCommands{
 
 constexpr std::array kExitStatus{
     TermText{"0", "Every file gave a result (YES for 'supports' and 'write-rtfd')."},
-    TermText{"1", "A file gave none: null, NO, or it could not be opened."},
+    TermText{"1", "A file gave none: null, NO, {}, or it could not be opened."},
     TermText{"2", "The command line was wrong, or the results could not be written."},
     TermText{"3",
              "The helper crashed, ran out of time or memory, or could not be reached. Of several files the highest "

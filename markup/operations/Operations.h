@@ -11,6 +11,10 @@ namespace halden::operations {
 [[nodiscard]] std::span<const Operation> scannerOperations();
 /// Entities.h
 [[nodiscard]] std::span<const Operation> entityOperations();
+/// CharsetNames.h, DeclaredCharset.h, MarkupDecoder.h, MarkupEncoder.h and FileTypes.h
+[[nodiscard]] std::span<const Operation> charsetOperations();
+/// PageLinks.h, PageFrames.h, PageResources.h, PageMetaData.h, BaseElement.h, LinkCleaning.h and MimeTypes.h
+[[nodiscard]] std::span<const Operation> pageOperations();
 /// Html2Text.h
 [[nodiscard]] std::span<const Operation> plainTextOperations();
 /// Stripping.h
