@@ -8,6 +8,7 @@ cmake --install "$build" --prefix "$prefix" > "$scratch/install.log"
 make_pdf "$scratch/report.pdf"
 
 for file in bin/quarry libexec/quarry/quarry-helper libexec/quarry/mdimport libexec/quarry/quarry-pdf.so \
+            libexec/quarry/quarry-exec libexec/quarry/quarry-office \
             lib/libquarry_client.a lib/libquarry_foundation.a include/quarry/client/HelperTask.h \
             include/quarry/foundation/Value.h include/quarry/platform/ipc/HaldenImExport.h share/man/man1/quarry.1 \
             share/bash-completion/completions/quarry share/zsh/site-functions/_quarry share/doc/quarry/copyright; do
