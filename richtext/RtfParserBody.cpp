@@ -400,8 +400,14 @@ void RtfParser::endCell(std::int32_t level) {
 
 void RtfParser::endRow(std::int32_t level) {
     if (group_.textBoxLevel >= 0) return;
-    // Text after the last cell's end makes a cell of its own.
-    if (content_.text.size() > paragraphStart() && content_.tables.isInRow()) endCell(level);
+    // Text after the last cell's end makes a cell of its own; outside a row it is a paragraph.
+    if (content_.text.size() > paragraphStart()) {
+        if (content_.tables.isInRow()) {
+            endCell(level);
+        } else {
+            endParagraph(u'\n', paragraphLevel());
+        }
+    }
     border_ = &ignoredBorder_;  // the definition belongs to the row now
     content_.tables.endRow(level, rowBuilder().take());
 }

@@ -20,6 +20,8 @@ void RtfParser::openDestination(RtfWord word, bool starred) {
     const auto openInside = [&](RtfDestination required, RtfDestination destination) {
         if (around == required) open(destination);
     };
+    // Parts of a table that stand outside it are no text either.
+    const auto openPart = [&](bool isInPlace, RtfDestination destination) { open(isInPlace ? destination : ignored); };
     const auto gather = [&](RtfDestination destination) {
         collected_.clear();
         open(destination);
@@ -57,36 +59,36 @@ void RtfParser::openDestination(RtfWord word, bool starred) {
             open(listTable);
             break;
         case RtfWord::list:
-            if (around != listTable) break;
             list_ = {};
-            open(list);
+            openPart(around == listTable, list);
             break;
         case RtfWord::listlevel:
-            if (around != list && around != listOverrideLevel) break;
             level_ = {};
-            open(listLevel);
+            openPart(around == list || around == listOverrideLevel, listLevel);
             break;
         case RtfWord::leveltext:
-            if (around == listLevel) gather(levelText);
+            gather(around == listLevel ? levelText : ignored);
             break;
         case RtfWord::levelmarker:
-            if (around == listLevel) gather(levelMarker);
+            gather(around == listLevel ? levelMarker : ignored);
             break;
         case RtfWord::listoverridetable:
             open(listOverrideTable);
             break;
         case RtfWord::listoverride:
-            if (around != listOverrideTable) break;
             overrideList_ = 0;
             overrideNumber_ = kRtfUnset;
             overrideLevels_.clear();
-            open(listOverride);
+            openPart(around == listOverrideTable, listOverride);
             break;
         case RtfWord::lfolevel:
-            if (around != listOverride || overrideLevels_.size() >= RtfHeaderTables::kMaxListLevels) break;
-            overrideLevels_.emplace_back();
-            overridesFormat_ = false;
-            open(listOverrideLevel);
+            if (around == listOverride && overrideLevels_.size() < RtfHeaderTables::kMaxListLevels) {
+                overrideLevels_.emplace_back();
+                overridesFormat_ = false;
+                open(listOverrideLevel);
+            } else {
+                open(ignored);
+            }
             break;
         case RtfWord::info:
             open(info);
@@ -123,10 +125,10 @@ void RtfParser::openDestination(RtfWord word, bool starred) {
             open(oldNumbering);
             break;
         case RtfWord::pntxtb:
-            if (around == oldNumbering) gather(oldNumberingBefore);
+            gather(around == oldNumbering ? oldNumberingBefore : ignored);
             break;
         case RtfWord::pntxta:
-            if (around == oldNumbering) gather(oldNumberingAfter);
+            gather(around == oldNumbering ? oldNumberingAfter : ignored);
             break;
         case RtfWord::field:
             fields_.push_back({.instruction = {}, .link = 0, .start = content_.text.size()});

@@ -91,6 +91,7 @@ TEST(RtfTables, AreBuiltFromRows) {
         {"edges that go backwards", "\\trowd\\cellx300\\cellx100\\cellx-5\\intbl a\\cell b\\cell c\\cell\\row",
          "a[0 0+1 0+2]\nb[0 0+1 2+1]\nc[0 0+1 3+1]\n"},
         {"orphans", "\\row\\nestrow\\trowd\\cellx10\\clmgf a\\par", "a\n"},
+        {"orphans with text", "a\\row b\\cell c\\par", "a\nb[0 0+1 0+1]\nc\n"},
     };
     for (const Case& c : cases)
         EXPECT_EQ(tablesOf(c.body), c.tables) << c.name;

@@ -134,6 +134,7 @@ TEST(RtfText, PassesOverWhatIsNoTextOfTheDocument) {
         {"a{\\field{\\*\\fldinst PAGE}{\\fldrslt 7}}c", "a7c"},
         {"a{\\*\\pn\\pnlvlblt{\\pntxtb B}}c", "ac"},
         {"a{\\pict 0102}c", "ac"},  // no picture
+        {"a{\\list{\\listlevel{\\leveltext b}}c}{\\pntxtb d}e", "ae"},
         {"a{\\mmath{\\*\\moMath b}}c", "ac"},
         {"\\* a", " a"},  // in no group of its own
     };
