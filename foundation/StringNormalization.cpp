@@ -201,15 +201,15 @@ private:
         if (piece.size() > INT32_MAX / 18) throw std::length_error("more marks than can be normalized");
         const auto length = static_cast<std::int32_t>(piece.size());
         UErrorCode status = U_ZERO_ERROR;
-        std::int32_t needed = unorm2_normalize(icu_, piece.data(), length, short_.data(),
-                                               static_cast<std::int32_t>(short_.size()), &status);
+        const auto room = static_cast<std::int32_t>(short_.size());
+        const std::int32_t needed = unorm2_normalize(icu_, piece.data(), length, short_.data(), room, &status);
         if (status != U_BUFFER_OVERFLOW_ERROR) {
             check(status);
             return {short_.data(), static_cast<std::size_t>(needed)};
         }
         status = U_ZERO_ERROR;
         long_.resize(static_cast<std::size_t>(needed));
-        needed = unorm2_normalize(icu_, piece.data(), length, long_.data(), needed, &status);
+        unorm2_normalize(icu_, piece.data(), length, long_.data(), needed, &status);
         check(status);
         return long_;
     }
