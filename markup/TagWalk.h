@@ -6,6 +6,7 @@
 #pragma once
 
 #include "foundation/Characters.h"
+#include "markup/PassedWalks.h"
 #include "markup/TagScanner.h"
 #include "markup/TagScannerPaths.h"
 #include "markup/UnitBlock.h"
@@ -18,7 +19,8 @@ namespace halden {
 template <class Block>
 class TagWalk {
 public:
-    explicit TagWalk(const TagScan& scan) noexcept : scan_(scan), units_(scan.units), length_(scan.length) {
+    explicit TagWalk(const TagScan& scan) noexcept
+        : scan_(scan), units_(scan.units), length_(scan.length), passed_(scan.units, scan.length) {
         tag_.string = scan.string;
         tag_.characters = {scan.units, scan.length};
     }
@@ -28,7 +30,7 @@ public:
         for (std::size_t open = find(0, '<', kOpen); open < length_; open = find(tag_.textLocation, '<', kOpen)) {
             tag_.tagLocation = open;
             const TagKind kind = kindAt(open);
-            std::size_t close = kind == TagKind::tag ? tagEnd(open + 1) : markedEnd(kind, open + 3);
+            std::size_t close = kind == TagKind::tag ? tagEnd(open) : markedEnd(kind, open + 3);
             if (close >= length_) return finishOpen(kind, open);
             tag_.nameLocation = kNotFound;
             tag_.nameLength = 0;
@@ -121,8 +123,10 @@ private:
         return second == u'-' ? TagKind::remark : second == u'[' ? TagKind::meta : TagKind::tag;
     }
 
-    /// The ">" that ends the tag whose inside starts at `from`.
-    std::size_t tagEnd(std::size_t from) noexcept {
+    /// The ">" that ends the tag whose "<" is at `open`.
+    std::size_t tagEnd(std::size_t open) noexcept {
+        if (passed_.cover(open)) return passed_.tagEnd(open);
+        std::size_t from = open + 1;
         while (true) {
             // Outside a value quotes mean nothing until there was a "=".
             const std::size_t equals = findAny(from, "=>", kEquals, kClose);
@@ -267,7 +271,7 @@ private:
     }
 
     /// The end of the element whose start tag ends at `close`: the ">" of the end tag, the length of the text when that
-    /// has none, or `close` when there is no end tag.
+    /// has none, or `close` when there is no end tag. An end tag inside the start tag ends the element before `close`.
     std::size_t elementEnd(std::size_t close) noexcept {
         EndTags& ends = endTags_[tag_.nameLength == 6 ? 0 : 1];
         if (ends.none) return close;
@@ -284,7 +288,10 @@ private:
                 if (ends.afterComment.at != kNotFound) end.endTag = ends.afterComment.at;
             }
         }
-        return search(end.endTag + 2 + tag_.nameLength, [](const Block& block) { return block.equal('>'); });
+        const std::size_t elementClose =
+            search(end.endTag + 2 + tag_.nameLength, [](const Block& block) { return block.equal('>'); });
+        if (elementClose < close) passed_.remember(tag_.tagLocation, close);
+        return elementClose;
     }
 
     /// What is known of the end tags of one name.
@@ -299,6 +306,7 @@ private:
     std::size_t base_ = 0;
     std::uint64_t masks_[kMasks] = {};
     Tag tag_;
+    PassedWalks passed_;
     Found commentEnd_;
     EndTags endTags_[2];
 };

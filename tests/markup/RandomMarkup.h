@@ -68,6 +68,8 @@ inline std::u16string randomMarkup(std::mt19937& random, std::size_t pieces) {
         u"</style >"sv,
         u"<script/>"sv,
         u"<script src=\"</script>\">"sv,
+        u"<script \" =\"</script>"sv,
+        u"<style a=' ="sv,
         u"</ſcript>"sv,
         u"if (a<b) x='</p>';"sv,
         u"</"sv,

@@ -287,6 +287,20 @@ TEST(TagScanner, FollowsThePlainRulesOnRealFiles) {
     }
 }
 
+TEST(TagScanner, FollowsThePlainRulesWhereItGoesBack) {
+    constexpr std::u16string_view kPieces[] = {u"<script", u"</script", u"</style", u"<style ", u" =\"", u"='",
+                                               u"\"",      u"'",        u">",       u"/>",      u"<!-",  u"-->",
+                                               u"<a ",     u"x",        u" ",       u"="};
+    std::mt19937 random(6);
+    for (int round = 0; round < 15000; ++round) {
+        std::u16string text;
+        for (std::size_t i = random() % 40; i > 0; --i)
+            text += kPieces[random() % std::size(kPieces)];
+        compare(text);
+        if (HasFatalFailure()) return;
+    }
+}
+
 // --- Hostile texts -------------------------------------------------------------------------------------------------
 // None of these ends in time unless the scan is linear.
 
@@ -331,6 +345,7 @@ TEST(TagScanner, IsLinearInHostileTexts) {
         {"brackets", u"<![" + repeated(u"->", kMany), 2},
         {"tags without a letter", repeated(u"<1>", kMany), kMany + 1},
         {"end tags of others", u"<script>" + repeated(u"</scrip></style>", kMany), 2 * kMany + 2},
+        {"starts that end together", repeated(u"<script \" =\"</script>", kMany) + u"\">", kMany + 1},
         {"ends inside the start", repeated(u"<script a='</script><script a=\"</script>", kMany), 2 * kMany - 1},
     };
     for (const Hostile& hostile : texts) {
