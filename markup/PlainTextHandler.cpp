@@ -2,6 +2,7 @@
 #include "foundation/CharacterComparison.h"
 #include "foundation/Characters.h"
 #include "foundation/Strings.h"
+#include "foundation/WideUnits.h"
 #include "markup/Html2Text.h"
 #include "markup/PlainTextWriter.h"
 #include "markup/TagAttributes.h"
@@ -53,9 +54,33 @@ bool isFarOutside(const std::u16string& style, std::u16string_view property) {
     return value && integerValue(*value) < kFarthestVisible;
 }
 
+/// Whether a tag holds, in any case, one of the pairs without which it cannot be hidden: the middle of "hidden" and of
+/// "width", the ends of "position:" and of "display:".
+bool mayBeHidden(std::u16string_view tag) {
+    const auto isPair = [](char16_t first, char16_t second) {
+        const int a = first | 0x20;
+        const int b = second | 0x20;
+        return (a == u'd' && (b == u'd' || b == u't')) || (b == (u':' | 0x20) && (a == u'n' || a == u'y'));
+    };
+    const auto is = [](WideUnits units, char16_t unit) { return units == WideUnits::broadcast(unit); };
+    const WideUnits lower = WideUnits::broadcast(0x20);
+    std::size_t at = 0;
+    for (; at + WideUnits::kCount < tag.size(); at += WideUnits::kCount) {
+        const WideUnits a = WideUnits::load(tag.data() + at) | lower;
+        const WideUnits b = WideUnits::load(tag.data() + at + 1) | lower;
+        const WideUnits pairs =
+            (is(a, u'd') & (is(b, u'd') | is(b, u't'))) | (is(b, u':' | 0x20) & (is(a, u'n') | is(a, u'y')));
+        if (pairs.bits() != 0) return true;
+    }
+    for (; at + 1 < tag.size(); ++at) {
+        if (isPair(tag[at], tag[at + 1])) return true;
+    }
+    return false;
+}
+
 bool isHiddenDiv(std::u16string_view tag) {
     constexpr std::size_t kShortestHiddenTag = 16;
-    if (tag.size() < kShortestHiddenTag) return false;
+    if (tag.size() < kShortestHiddenTag || !mayBeHidden(tag)) return false;
     const std::optional<std::u16string> tagClass = attributeOfTagCharacters(tag, "CLASS");
     if (tagClass && fastCaseInsensitiveCompareUnicharsWithChars(*tagClass, "hidden") == 0) return true;
     if (containsInOrder(tag, "visibility", "hidden") || containsInOrder(tag, "display:", "none")) return true;

@@ -1,6 +1,7 @@
 #include "markup/PlainTextWriter.h"
 
 #include "foundation/Characters.h"
+#include "foundation/StringSearch.h"
 #include "foundation/WideUnits.h"
 #include "markup/Entities.h"
 
@@ -33,6 +34,13 @@ WideUnits certainlyNotWhite(WideUnits units) {
     return within(units, u'!', u'~') | within(units, u'\u00A1', u'\u167F') | within(units, u'\u3001', u'\uFEFE');
 }
 
+constexpr std::uint32_t kAllUnits = WideUnits::kCount == 32 ? 0xFFFFFFFF : (1U << WideUnits::kCount) - 1;
+
+bool isAllAsciiWhite(const char16_t* block) {
+    const WideUnits units = WideUnits::load(block);
+    return ((units == WideUnits::broadcast(u' ')) | within(units, u'\t', u'\r')).bits() == kAllUnits;
+}
+
 /// Copies `run` with every stretch of white space as one space; returns the end of what was written.
 char16_t* copyCollapsed(std::u16string_view run, char16_t* out) {
     const char16_t* in = run.data();
@@ -47,7 +55,6 @@ char16_t* copyCollapsed(std::u16string_view run, char16_t* out) {
             afterWhite = true;
         }
     };
-    constexpr std::uint32_t kAllUnits = WideUnits::kCount == 32 ? 0xFFFFFFFF : (1U << WideUnits::kCount) - 1;
     while (static_cast<std::size_t>(end - in) >= WideUnits::kCount) {
         const WideUnits units = WideUnits::load(in);
         const std::uint32_t spaces = (units == WideUnits::broadcast(u' ')).bits();
@@ -148,7 +155,7 @@ std::u16string_view decodedRun(PlainTextState& state, std::u16string_view run) {
     const PlainTextOptions& options = state.options;
     if (run.size() < kShortestDecodedRun || (!options.entities && !options.stdEntities)) return run;
     const bool folds = options.entities && options.nonUmlauted;
-    if (!folds && run.find(u'&') == std::u16string_view::npos) return run;
+    if (!folds && !findCharacter(run, u'&')) return run;
     if (state.scratch.size() < run.size()) state.scratch.resize(run.size());
     char16_t* decoded = state.scratch.data();
     const std::size_t length =
@@ -160,11 +167,20 @@ std::u16string_view decodedRun(PlainTextState& state, std::u16string_view run) {
 }
 
 std::u16string_view trimmedRun(std::u16string_view run) {
-    while (!run.empty() && isWhite(run.front()))
-        run.remove_prefix(1);
-    while (!run.empty() && isWhite(run.back()))
-        run.remove_suffix(1);
-    return run;
+    static const CharacterBitmap& white = whiteCharacterSetRep();
+    const char16_t* begin = run.data();
+    const char16_t* end = begin + run.size();
+    const auto count = [&] { return static_cast<std::size_t>(end - begin); };
+    // Indentation is long, and all of a kind.
+    while (count() >= WideUnits::kCount && isAllAsciiWhite(begin))
+        begin += WideUnits::kCount;
+    while (count() > 0 && white.contains(*begin))
+        ++begin;
+    while (count() >= WideUnits::kCount && isAllAsciiWhite(end - WideUnits::kCount))
+        end -= WideUnits::kCount;
+    while (count() > 0 && white.contains(end[-1]))
+        --end;
+    return {begin, count()};
 }
 
 void appendRangeToPlainText(PlainTextState& state, std::u16string_view run) {
