@@ -15,5 +15,7 @@ namespace halden::operations {
 [[nodiscard]] std::span<const Operation> dataOperations();
 /// StringNormalization.h, StringConversion.h, StringWhiteSpace.h, StringTrimming.h, StringSearch.h.
 [[nodiscard]] std::span<const Operation> stringOperations();
+/// Url.h, PercentEscapes.h, UrlSimplification.h
+[[nodiscard]] std::span<const Operation> urlOperations();
 
 }  // namespace halden::operations
