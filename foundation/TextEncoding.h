@@ -82,8 +82,8 @@ struct DecodeResult {
 };
 
 /// Writes UTF-16 of `bytes` into `out` until the bytes end, are malformed, or there is no more room; what was written
-/// until then stands. UTF-16 and UTF-32 without a byte order in their name follow a byte-order mark and drop it;
-/// without one they are big-endian. Every other mark is kept as U+FEFF.
+/// until then stands, and what `out` holds behind it means nothing. UTF-16 and UTF-32 without a byte order in their
+/// name follow a byte-order mark and drop it; without one they are big-endian. Every other mark is kept as U+FEFF.
 DecodeResult decodeText(std::string_view bytes, CFStringEncoding encoding, std::span<char16_t> out);
 
 /// The same into a string of at most `limit` units.

@@ -2,6 +2,8 @@
 
 #include "foundation/Unicode.h"
 
+#include <algorithm>
+
 namespace halden {
 namespace {
 
@@ -63,7 +65,11 @@ void initUnicodeConverters() {
 
 int convertUTF8ToUnicode(std::string_view bytes, std::span<char16_t> units) {
     initUnicodeConverters();
-    return statusNumber(decodeText(bytes, kCFStringEncodingUTF8, units).status);
+    // The decoder writes blocks, of which it takes a part; nothing but the text may show in the caller's buffer.
+    DecodeResult result;
+    const std::u16string text = decodedText(bytes, kCFStringEncodingUTF8, units.size(), result);
+    std::ranges::copy(text, units.begin());
+    return statusNumber(result.status);
 }
 
 int convertUnicodeToUTF8(std::u16string_view units, std::span<char> bytes) {

@@ -38,7 +38,7 @@ DecodeStep SingleByteCodec::decode(std::string_view bytes, std::span<char16_t> o
     while (done < size) {
         // Whole blocks: ASCII ones are widened, the others looked up.
         if (size - done >= kAsciiBlock) {
-            if (!asciiBelow128_ || !widenAsciiBlock(from + done, to + done)) {
+            if (!asciiBelow128_ || widenAsciiBlock(from + done, to + done) < kAsciiBlock) {
                 for (std::size_t i = done; i < done + kAsciiBlock; ++i)
                     to[i] = units_[static_cast<unsigned char>(from[i])];
             }

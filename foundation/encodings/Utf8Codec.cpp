@@ -57,14 +57,20 @@ void decodeBulk(Position& position) noexcept {
     while (roomy()) {
         const unsigned char lead = *at;
         if (lead < 0x80) {
-            if (widenAsciiBlock(reinterpret_cast<const char*>(at), out)) {
+            // A blank between words of another script stands alone.
+            if (at[1] >= 0x80) {
+                *out++ = *at++;
+                continue;
+            }
+            const std::size_t ascii = widenAsciiBlock(reinterpret_cast<const char*>(at), out);
+            // Asked first so that the next block need not wait for the count.
+            if (ascii == kAsciiBlock) {
                 at += kAsciiBlock;
                 out += kAsciiBlock;
                 continue;
             }
-            do {
-                *out++ = *at++;
-            } while (*at < 0x80);  // the block has a byte that ends this
+            at += ascii;
+            out += ascii;
         } else if (lead < 0xE0) {
             do {
                 if (*at < 0xC2 || !isTrail(at[1])) return stop();
