@@ -323,15 +323,15 @@ std::size_t callsFor(const std::u16string& text) {
 }
 
 TEST(TagScanner, IsLinearInHostileTexts) {
-    constexpr std::size_t kMany = 1'000'000;
+    constexpr std::size_t kMany = 200'000;
     struct Hostile {
         const char* what;
         std::u16string text;
         std::size_t calls;
     };
     const Hostile texts[] = {
-        {"open tags", std::u16string(10 * kMany, u'<'), 1},
-        {"a long value", u"<a b='" + std::u16string(20 * kMany, u'x') + u"'>", 2},
+        {"open tags", std::u16string(10'000'000, u'<'), 1},
+        {"a long value", u"<a b='" + std::u16string(20'000'000, u'x') + u"'>", 2},
         {"nested quotes", u"<a b" + repeated(u"='\"'=\"'\"", kMany) + u">", 2},
         {"quotes without a value", u"<a " + repeated(u"\"'", kMany) + u">", 2},
         {"scripts without an end", repeated(u"<script>", kMany), kMany + 1},
@@ -339,7 +339,7 @@ TEST(TagScanner, IsLinearInHostileTexts) {
         {"scripts with a comment that never ends", repeated(u"<script><!-</script>", kMany), kMany + 1},
         {"scripts with a comment that ends far away", repeated(u"<script><!-</script>", kMany) + u"-->", kMany + 1},
         {"an end far away for every script", repeated(u"<script ", kMany) + u"></script>", 2},
-        {"hyphens", u"<!--" + std::u16string(10 * kMany, u'-'), 2},
+        {"hyphens", u"<!--" + std::u16string(10'000'000, u'-'), 2},
         {"hyphens in a script", u"<script><!-" + repeated(u"- ", kMany) + u"</script>", 2},
         {"ends of other comments", u"<!--" + repeated(u"->", kMany), 2},
         {"brackets", u"<![" + repeated(u"->", kMany), 2},
