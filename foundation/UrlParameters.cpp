@@ -146,12 +146,25 @@ private:
         }
     }
 
+    /// The first piece in which a name occurs.
+    struct First {
+        std::size_t piece = 0;  // no piece before it holds the name
+        bool isFound = false;   // in this piece
+        bool qualifies = false;
+    };
+
     /// The piece in which the name first occurs, when it stands right behind the separator.
     std::size_t findQualifying(std::size_t name) {
-        for (std::size_t& i = firstPieces_[name]; i < pieces_.size(); ++i) {
-            if (pieces_[i].isRemoved) continue;
-            const std::size_t place = findNoCase(pieces_[i].text, kTrackingNames[name]);
-            if (place != kNone) return place == 0 && pieces_[i].separator != 0 ? i : kNone;
+        First& first = firsts_[name];
+        for (; first.piece < pieces_.size(); ++first.piece, first.isFound = false) {
+            const Piece& piece = pieces_[first.piece];
+            if (piece.isRemoved) continue;
+            if (!first.isFound) {  // or else it still is
+                const std::size_t place = findNoCase(piece.text, kTrackingNames[name]);
+                first.isFound = place != kNone;
+                first.qualifies = place == 0 && piece.separator != 0;
+            }
+            if (first.isFound) return first.qualifies ? first.piece : kNone;
         }
         return kNone;
     }
@@ -175,7 +188,7 @@ private:
     }
 
     std::vector<Piece> pieces_;
-    std::array<std::size_t, kTrackingNames.size()> firstPieces_{};  // no piece before them holds the name
+    std::array<First, kTrackingNames.size()> firsts_{};
 };
 
 // --- Session identifiers -------------------------------------------------------------------------------------------

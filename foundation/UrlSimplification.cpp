@@ -14,7 +14,7 @@
 namespace halden {
 namespace {
 
-/// What occurs in an address. A step without which nothing would change is left out.
+/// What occurs in an address. A step that works on what does not occur is left out.
 enum Mark : std::uint8_t {
     kPercent = 1,
     kHash = 2,
