@@ -69,7 +69,8 @@ struct UrlSimplification {
 
 /// Without the parameters (whole names, ignoring case, followed by "=") by which sites recognise a session, a visitor,
 /// or the advertisement, mailing or partner that a visitor came from. Which ones is said in SessionParameters.h.
-/// Identifiers in the path, as in "/a;jsessionid=1", are parameters behind a ";".
+/// Identifiers in the path are parameters behind a ";", and are removed as such: "/a;jsessionid=1?b=2" becomes
+/// "/a;b=2".
 [[nodiscard]] std::u16string stringURLByRemovingSessionIDs(std::u16string url);
 
 /// Without "/index" and one of .shtml, .phtml, .jhtml, .html, .htm, .php, .chm, .asp and .cgi at the end, ignoring
