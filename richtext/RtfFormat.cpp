@@ -38,7 +38,7 @@ std::size_t RtfCharacterHash::operator()(const RtfCharacter& c) const noexcept {
          << pair(c.superscript, c.language) << pair(c.underlineColor, c.strikeColor)
          << pair(c.cocoaUnderline, c.cocoaStrike) << pair(c.strokeColor, c.strokeWidth)
          << pair(c.obliqueness, c.expansion) << pair(c.ligature, c.shadowColor) << pair(c.shadowX, c.shadowY)
-         << pair(c.shadowRadius, c.associatedFont);
+         << pair(c.shadowRadius, c.associatedFont) << c.shadowOpacity;
     return hash.value();
 }
 

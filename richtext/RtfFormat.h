@@ -43,6 +43,7 @@ struct RtfCharacter {
     std::int32_t shadowX = 0;  // twentieths of a point
     std::int32_t shadowY = 0;
     std::int32_t shadowRadius = 0;
+    std::int32_t shadowOpacity = 255;
     std::int32_t baseline = 0;  // half points, positive upwards
     std::int32_t kern = 0;      // twentieths of a point
     std::int32_t language = 0;  // Windows language number

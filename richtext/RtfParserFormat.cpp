@@ -239,6 +239,9 @@ void RtfParser::characterWord(RtfWord word, std::int32_t parameter, bool hasPara
         case RtfWord::shadr:
             character.shadowRadius = parameter;
             break;
+        case RtfWord::shado:
+            character.shadowOpacity = std::clamp(parameter, 0, 255);
+            break;
         case RtfWord::shadc:
             character.shadowColor = parameter;
             break;

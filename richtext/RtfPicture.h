@@ -19,7 +19,7 @@ struct RtfPictureFile {
     Data data;
     std::u16string_view extension;  // "png", without a dot
     std::u16string_view type;       // content type, "public.png"
-    Size size;                 // points; zeros where the document does not say
+    Size size;                      // points; zeros where the document does not say
 };
 
 /// What a \pict group says and holds. Pixels or metafile units in `width` and `height`, twips in the goals.

@@ -46,7 +46,10 @@ TEST(RtfFormat, SetsCharacterProperties) {
         {"\\caps\\scaps", [](auto& c) { c.caps = c.smallCaps = true; }},
         {"\\outl\\strokewidth60\\strokec2", [](auto& c) { c.outline = true, c.strokeWidth = 60, c.strokeColor = 2; }},
         {"\\shad\\shadx20\\shady-20\\shadr40\\shado80\\shadc1",
-         [](auto& c) { c.shadow = true, c.shadowX = 20, c.shadowY = -20, c.shadowRadius = 40, c.shadowColor = 1; }},
+         [](auto& c) {
+             c.shadow = true, c.shadowOpacity = 80, c.shadowX = 20, c.shadowY = -20, c.shadowRadius = 40,
+             c.shadowColor = 1;
+         }},
         {"\\CocoaLigature0\\expansion3\\obliqueness4",
          [](auto& c) { c.ligature = 0, c.expansion = 3, c.obliqueness = 4; }},
         {"\\b\\i\\fs40\\cf3\\plain", [](auto&) {}},

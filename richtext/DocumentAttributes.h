@@ -1,0 +1,53 @@
+// The platform's keys of document attributes, with the kinds of their values.
+#pragma once
+
+#include <string_view>
+
+namespace halden {
+
+inline constexpr std::u16string_view kDocumentTypeKey = u"DocumentType";            // string, one of the types below
+inline constexpr std::u16string_view kUtiKey = u"UTI";                              // string
+inline constexpr std::u16string_view kCharacterEncodingKey = u"CharacterEncoding";  // integer, an NSStringEncoding
+inline constexpr std::u16string_view kTextEncodingNameKey = u"TextEncodingName";    // string
+inline constexpr std::u16string_view kPaperSizeKey = u"PaperSize";                  // size string, points
+inline constexpr std::u16string_view kLeftMarginKey = u"LeftMargin";  // double, points, as the other margins
+inline constexpr std::u16string_view kRightMarginKey = u"RightMargin";
+inline constexpr std::u16string_view kTopMarginKey = u"TopMargin";
+inline constexpr std::u16string_view kBottomMarginKey = u"BottomMargin";
+inline constexpr std::u16string_view kViewSizeKey = u"ViewSize";                      // size string, points
+inline constexpr std::u16string_view kViewZoomKey = u"ViewZoom";                      // double, percent
+inline constexpr std::u16string_view kViewModeKey = u"ViewMode";                      // integer
+inline constexpr std::u16string_view kReadOnlyKey = u"ReadOnly";                      // integer
+inline constexpr std::u16string_view kConvertedKey = u"Converted";                    // integer
+inline constexpr std::u16string_view kHyphenationFactorKey = u"HyphenationFactor";    // double, 0 to 1
+inline constexpr std::u16string_view kDefaultTabIntervalKey = u"DefaultTabInterval";  // double, points
+inline constexpr std::u16string_view kTextScalingKey = u"TextScaling";                // integer
+inline constexpr std::u16string_view kSourceTextScalingKey = u"SourceTextScaling";    // integer
+inline constexpr std::u16string_view kUsesScreenFontsKey = u"UsesScreenFonts";        // integer
+inline constexpr std::u16string_view kCocoaVersionKey = u"CocoaRTFVersion";           // double
+inline constexpr std::u16string_view kBackgroundColorKey = u"BackgroundColor";        // array of four doubles
+inline constexpr std::u16string_view kDefaultAttributesKey = u"DefaultAttributes";    // dictionary
+inline constexpr std::u16string_view kTitleKey = u"NSTitleDocumentAttribute";         // string, as the following
+inline constexpr std::u16string_view kAuthorKey = u"NSAuthorDocumentAttribute";
+inline constexpr std::u16string_view kSubjectKey = u"NSSubjectDocumentAttribute";
+inline constexpr std::u16string_view kCompanyKey = u"NSCompanyDocumentAttribute";
+inline constexpr std::u16string_view kCopyrightKey = u"NSCopyrightDocumentAttribute";
+inline constexpr std::u16string_view kCommentKey = u"NSCommentDocumentAttribute";
+inline constexpr std::u16string_view kEditorKey = u"NSEditorDocumentAttribute";
+inline constexpr std::u16string_view kManagerKey = u"NSManagerDocumentAttribute";
+inline constexpr std::u16string_view kCategoryKey = u"NSCategoryDocumentAttribute";
+inline constexpr std::u16string_view kKeywordsKey = u"NSKeywordsDocumentAttribute";                  // array of strings
+inline constexpr std::u16string_view kCreationTimeKey = u"NSCreationTimeDocumentAttribute";          // date
+inline constexpr std::u16string_view kModificationTimeKey = u"NSModificationTimeDocumentAttribute";  // date
+
+inline constexpr std::u16string_view kPlainTextDocumentType = u"NSPlainText";
+inline constexpr std::u16string_view kRtfDocumentType = u"NSRTF";
+inline constexpr std::u16string_view kRtfdDocumentType = u"NSRTFD";
+inline constexpr std::u16string_view kHtmlDocumentType = u"NSHTML";
+inline constexpr std::u16string_view kDocDocumentType = u"NSDocFormat";
+inline constexpr std::u16string_view kWordMLDocumentType = u"NSWordML";
+inline constexpr std::u16string_view kWebArchiveDocumentType = u"NSWebArchive";
+inline constexpr std::u16string_view kOfficeOpenXmlDocumentType = u"NSOfficeOpenXML";
+inline constexpr std::u16string_view kOpenDocumentDocumentType = u"NSOpenDocument";
+
+}  // namespace halden
