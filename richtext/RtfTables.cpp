@@ -63,6 +63,8 @@ void RtfRowDefinitionBuilder::endCell(std::int32_t rightEdge) {
 
 std::shared_ptr<const RtfRowDefinition> RtfRowDefinitionBuilder::take() {
     taken_ = true;
+    if (last_ && last_ != current_ && *last_ == *current_) current_ = last_;
+    last_ = current_;
     return current_;
 }
 

@@ -24,6 +24,7 @@ struct RtfBorder {
     RtfBorderStyle style = RtfBorderStyle::unset;
     std::int32_t width = 0;  // twips
     std::int32_t color = 0;  // index into the colour table
+    friend bool operator==(const RtfBorder&, const RtfBorder&) noexcept = default;
 };
 
 enum class RtfVerticalAlignment : std::uint8_t { top, middle, bottom };
@@ -41,6 +42,7 @@ struct RtfCellDefinition {
     bool merged = false;      // \clmrg
     bool verticalMergeFirst = false;
     bool verticallyMerged = false;
+    friend bool operator==(const RtfCellDefinition&, const RtfCellDefinition&) noexcept = default;
 };
 
 struct RtfRowDefinition {
@@ -53,6 +55,7 @@ struct RtfRowDefinition {
     RtfBorder insideVertical;
     std::array<std::int32_t, 4> padding{kRtfUnset, kRtfUnset, kRtfUnset, kRtfUnset};
     std::vector<RtfCellDefinition> cells;
+    friend bool operator==(const RtfRowDefinition&, const RtfRowDefinition&) = default;
 };
 
 /// The definition that control words are building.
@@ -73,11 +76,12 @@ public:
     [[nodiscard]] RtfCellDefinition& cell() noexcept { return pending_; }
     /// \cellx
     void endCell(std::int32_t rightEdge);
-    /// What a row that ends now takes.
+    /// What a row that ends now takes. Rows one after the other with equal definitions share one.
     [[nodiscard]] std::shared_ptr<const RtfRowDefinition> take();
 
 private:
     std::shared_ptr<RtfRowDefinition> current_;
+    std::shared_ptr<RtfRowDefinition> last_;  // taken before
     bool taken_ = false;
     RtfCellDefinition pending_;
 };

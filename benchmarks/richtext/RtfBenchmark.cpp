@@ -2,7 +2,7 @@
 // most 12 times the memory of the file. Of $QUARRY_CORPUS/richtext/rtf, where there is one, all files together; beside
 // them LibreOffice's own conversion of the same files to text, where it is installed.
 #include "foundation/Data.h"
-#include "richtext/RtfContent.h"
+#include "richtext/RtfReader.h"
 
 #include <benchmark/benchmark.h>
 #include <malloc.h>
@@ -133,12 +133,12 @@ void readDocuments(benchmark::State& state, const std::vector<std::string>& docu
         bytes += document.size();
         const std::size_t before = allocated;
         peak = before;
-        benchmark::DoNotOptimize(halden::parsedRtf(document));
+        benchmark::DoNotOptimize(halden::documentFromRtf(document));
         memory = std::max(memory, static_cast<double>(peak - before) / static_cast<double>(document.size()));
     }
     for (auto _ : state) {
         for (const std::string& document : documents)
-            benchmark::DoNotOptimize(halden::parsedRtf(document));
+            benchmark::DoNotOptimize(halden::documentFromRtf(document));
     }
     state.counters["MB/s"] = benchmark::Counter(
         static_cast<double>(bytes) * static_cast<double>(state.iterations()) / 1e6, benchmark::Counter::kIsRate);

@@ -1,6 +1,7 @@
 // Any bytes read as RTF: what comes out must hold together, whatever went in.
 #include "foundation/Unicode.h"
 #include "richtext/RtfContent.h"
+#include "richtext/RtfReader.h"
 
 #include <cstdint>
 #include <cstdlib>
@@ -34,6 +35,30 @@ void checkRuns(const halden::RtfContent& content) {
     }
 }
 
+/// The attributed string is the parsed text without the cells that continue others, all of it with attributes.
+void checkDocument(const halden::RtfContent& content, const halden::RichTextDocument& document) {
+    const halden::AttributedString& text = document.text;
+    require(text.length() <= content.text.size() && text.attachments().size() == content.attachments.size());
+    std::size_t end = 0;
+    for (const auto& run : text.characterRuns()) {
+        require(run.end > end && run.attributes);
+        end = run.end;
+    }
+    require(end == text.length());
+    end = 0;
+    for (const auto& run : text.paragraphRuns()) {
+        require(run.end > end && run.attributes);
+        end = run.end;
+        for (const auto& block : run.attributes->blocks)
+            require(block.table && block.style);
+    }
+    require(end == text.length());
+    for (const auto& place : text.attachments())
+        require(text.string().at(place.position) == u'\uFFFC');
+    const halden::AttributedString part = text.substring(text.length() / 3, text.length() / 2);
+    require(part.string() == text.string().substr(text.length() / 3, text.length() / 2));
+}
+
 /// Cells that are shown do not overlap, and lie inside their tables.
 void checkTables(halden::RtfTables& tables) {
     tables.resolve(std::vector<bool>(tables.cells().size(), true));
@@ -59,8 +84,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     auto content = halden::parsedRtf({reinterpret_cast<const char*>(bytes), size});
     if (!content) return 0;
     require(halden::isWellFormed(content->text));
-    // Markers apart, no text is longer than the bytes that it was read from.
     checkRuns(*content);
+    const std::string_view rtf(reinterpret_cast<const char*>(bytes), size);
+    checkDocument(*content, *halden::documentFromRtf(rtf));
     checkTables(content->tables);
     return 0;
 }
