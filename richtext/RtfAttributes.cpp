@@ -174,11 +174,15 @@ std::shared_ptr<const ParagraphAttributes> RtfAttributes::paragraphs(std::uint32
 CharacterAttributes RtfAttributes::translated(const RtfCharacter& character) {
     CharacterAttributes attributes;
     const RtfDocumentProperties& properties = content_.properties;
-    const RtfFont* font = content_.header.font(character.font == kRtfUnset ? properties.defaultFont : character.font);
+    const RtfFont* font = content_.header.font(properties.fontOf(character));
+    const bool isAssociated = character.rightToLeft;
+    const std::int32_t size =
+        isAssociated && character.associatedSize != kRtfUnset ? character.associatedSize : character.size;
     const bool isCocoa = properties.cocoaVersion != kRtfUnset || properties.version == 0;
     attributes.font = fontNamed(font && !font->name.empty() ? std::u16string_view(font->name) : u"Helvetica",
-                                isCocoa ? FontNaming::postScript : FontNaming::family, character.size / 1000.0,
-                                character.bold, character.italic);
+                                isCocoa ? FontNaming::postScript : FontNaming::family, size / 1000.0,
+                                isAssociated ? character.associatedBold : character.bold,
+                                isAssociated ? character.associatedItalic : character.italic);
     attributes.foreground = color(character.color);
     // Index 0 is "automatic": no colour, even where the table gives it one.
     if (character.color == 0) attributes.foreground.reset();

@@ -82,12 +82,19 @@ struct RtfDocumentProperties {
     std::int32_t hyphenationFactor = kRtfUnset;
     std::int32_t textScaling = kRtfUnset;
     std::int32_t screenFonts = kRtfUnset;
-    std::int32_t defaultFont = kRtfUnset;
-    bool landscape = false;
+    std::int32_t defaultFont = kRtfUnset;            // \deff
+    std::int32_t defaultAssociatedFont = kRtfUnset;  // \adeff
 
     std::u16string title, subject, author, manager, company, editor, category, keywords, comment, copyright;
     std::optional<Date> created;
     std::optional<Date> modified;
+
+    /// The number of the font that characters are in.
+    [[nodiscard]] std::int32_t fontOf(const RtfCharacter& character) const noexcept {
+        if (character.rightToLeft && character.associatedFont != kRtfUnset) return character.associatedFont;
+        if (character.rightToLeft && defaultAssociatedFont != kRtfUnset) return defaultAssociatedFont;
+        return character.font != kRtfUnset ? character.font : defaultFont;
+    }
 };
 
 struct RtfContent {

@@ -32,13 +32,13 @@ bool samePointee(const std::shared_ptr<const T>& a, const std::shared_ptr<const 
 std::size_t RtfCharacterHash::operator()(const RtfCharacter& c) const noexcept {
     const std::int32_t flags = c.bold | c.italic << 1 | c.caps << 2 | c.smallCaps << 3 | c.outline << 4 |
                                c.shadow << 5 | c.hidden << 6 | c.deleted << 7 | static_cast<int>(c.underline) << 8 |
-                               c.strike << 16;
+                               c.strike << 16 | c.rightToLeft << 18 | c.associatedBold << 19 | c.associatedItalic << 20;
     Hash hash;
     hash << pair(c.font, c.size) << pair(c.color, c.background) << pair(c.link, flags) << pair(c.baseline, c.kern)
          << pair(c.superscript, c.language) << pair(c.underlineColor, c.strikeColor)
          << pair(c.cocoaUnderline, c.cocoaStrike) << pair(c.strokeColor, c.strokeWidth)
          << pair(c.obliqueness, c.expansion) << pair(c.ligature, c.shadowColor) << pair(c.shadowX, c.shadowY)
-         << pair(c.shadowRadius, c.associatedFont) << c.shadowOpacity;
+         << pair(c.shadowRadius, c.associatedFont) << pair(c.shadowOpacity, c.associatedSize);
     return hash.value();
 }
 

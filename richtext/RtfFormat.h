@@ -33,6 +33,7 @@ struct RtfCharacter {
     std::int32_t font = kRtfUnset;            // \f: a number of the font table
     std::int32_t associatedFont = kRtfUnset;  // \af: for right-to-left text
     std::int32_t size = 12000;                // thousandths of a point
+    std::int32_t associatedSize = kRtfUnset;  // \afs
     std::int32_t color = 0;                   // \cf: an index into the colour table
     std::int32_t background = 0;              // \cb, \highlight, \chcbpat
     std::int32_t underlineColor = 0;
@@ -58,6 +59,9 @@ struct RtfCharacter {
     std::uint8_t strike = 0;  // 1 single, 2 double
     bool bold = false;
     bool italic = false;
+    bool associatedBold = false;    // \ab
+    bool associatedItalic = false;  // \ai
+    bool rightToLeft = false;       // \rtlch: the associated font, size and styles hold
     bool caps = false;
     bool smallCaps = false;
     bool outline = false;

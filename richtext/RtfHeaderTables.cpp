@@ -161,14 +161,15 @@ const RtfList* RtfHeaderTables::list(std::int32_t overrideNumber) const noexcept
 void inheritRtfFormat(RtfCharacter& character, const RtfCharacter& base) {
     static const RtfCharacter unset;
     for (const auto member :
-         {&RtfCharacter::font, &RtfCharacter::associatedFont, &RtfCharacter::size, &RtfCharacter::color,
-          &RtfCharacter::background, &RtfCharacter::underlineColor, &RtfCharacter::strikeColor,
+         {&RtfCharacter::font, &RtfCharacter::associatedFont, &RtfCharacter::size, &RtfCharacter::associatedSize,
+          &RtfCharacter::color, &RtfCharacter::background, &RtfCharacter::underlineColor, &RtfCharacter::strikeColor,
           &RtfCharacter::strokeColor, &RtfCharacter::strokeWidth, &RtfCharacter::baseline, &RtfCharacter::kern,
           &RtfCharacter::language, &RtfCharacter::obliqueness, &RtfCharacter::expansion, &RtfCharacter::superscript,
           &RtfCharacter::cocoaUnderline, &RtfCharacter::cocoaStrike}) {
         inherit(character.*member, base.*member, unset.*member);
     }
-    for (const auto member : {&RtfCharacter::bold, &RtfCharacter::italic, &RtfCharacter::caps, &RtfCharacter::smallCaps,
+    for (const auto member : {&RtfCharacter::bold, &RtfCharacter::italic, &RtfCharacter::associatedBold,
+                              &RtfCharacter::associatedItalic, &RtfCharacter::caps, &RtfCharacter::smallCaps,
                               &RtfCharacter::outline, &RtfCharacter::shadow, &RtfCharacter::hidden}) {
         inherit(character.*member, base.*member, unset.*member);
     }

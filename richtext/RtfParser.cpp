@@ -247,10 +247,7 @@ const RtfCodePage& RtfParser::page() {
     if (!group_.page) {
         int number = documentPage_;
         if (group_.destination == RtfDestination::body || group_.destination == RtfDestination::fieldInstruction) {
-            const RtfCharacter& character = group_.character;
-            std::int32_t fontNumber = group_.rightToLeft ? character.associatedFont : character.font;
-            if (fontNumber == kRtfUnset) fontNumber = content_.properties.defaultFont;
-            const RtfFont* font = content_.header.font(fontNumber);
+            const RtfFont* font = content_.header.font(content_.properties.fontOf(group_.character));
             if (font && font->codePage != 0) number = font->codePage;
         } else if (group_.destination == RtfDestination::fontTable && font_.charset != 2 && font_.codePage != 0) {
             number = font_.codePage;

@@ -59,7 +59,6 @@ struct RtfGroup {
     RtfWord opener = RtfWord::unknown;  // the word that made this group a destination, unknown in groups within
     RtfDestination destination = RtfDestination::body;
     RtfDestination outerDestination = RtfDestination::body;  // of the \upr around
-    bool rightToLeft = false;                                // \rtlch
 };
 
 class RtfParser {

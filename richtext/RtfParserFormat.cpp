@@ -162,6 +162,15 @@ void RtfParser::characterWord(RtfWord word, std::int32_t parameter, bool hasPara
         case RtfWord::fs:
             if (hasParameter && parameter > 0) character.size = std::min(parameter, 65535) * 500;
             break;
+        case RtfWord::afs:
+            if (parameter > 0) character.associatedSize = std::min(parameter, 65535) * 500;
+            break;
+        case RtfWord::ab:
+            character.associatedBold = on;
+            break;
+        case RtfWord::ai:
+            character.associatedItalic = on;
+            break;
         case RtfWord::fsmilli:
             if (parameter > 0) character.size = std::min(parameter, 65535 * 500);
             break;
@@ -271,7 +280,7 @@ void RtfParser::characterWord(RtfWord word, std::int32_t parameter, bool hasPara
             break;
         case RtfWord::rtlch:
         case RtfWord::ltrch:
-            group_.rightToLeft = word == RtfWord::rtlch;
+            character.rightToLeft = word == RtfWord::rtlch;
             group_.page = nullptr;
             break;
         case RtfWord::uc:

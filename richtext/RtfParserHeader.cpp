@@ -54,6 +54,9 @@ void RtfParser::documentWord(RtfWord word, std::int32_t parameter, bool hasParam
             properties.defaultFont = hasParameter ? parameter : 0;
             group_.page = nullptr;
             break;
+        case RtfWord::adeff:
+            properties.defaultAssociatedFont = parameter;
+            break;
         case RtfWord::paperw:
             properties.paperWidth = parameter;
             break;
@@ -89,9 +92,6 @@ void RtfParser::documentWord(RtfWord word, std::int32_t parameter, bool hasParam
             break;
         case RtfWord::margbsxn:
             setUnlessStated(properties.bottomMargin);
-            break;
-        case RtfWord::landscape:
-            properties.landscape = !hasParameter || parameter != 0;
             break;
         case RtfWord::deftab:
             properties.tabInterval = parameter;

@@ -24,6 +24,11 @@ double points(std::int32_t twips) noexcept {
     return twips / 20.0;
 }
 
+/// Numbers of document attributes are of single precision, sizes apart.
+double single(double number) noexcept {
+    return static_cast<float>(number);
+}
+
 std::int32_t statedOr(std::int32_t value, std::int32_t otherwise) noexcept {
     return value == kRtfUnset ? otherwise : value;
 }
@@ -68,6 +73,12 @@ void addInformation(Dictionary& attributes, const RtfDocumentProperties& propert
     if (properties.modified) attributes.set(std::u16string(kModificationTimeKey), *properties.modified);
 }
 
+/// The minor version is given in thousandths.
+double versionOf(const RtfDocumentProperties& properties) noexcept {
+    const std::int32_t minor = statedOr(properties.cocoaSubversion, 0);
+    return single(properties.cocoaVersion + (minor > 0 && minor < 1000 ? minor / 1000.0 : 0.0));
+}
+
 Dictionary documentAttributesOf(const RtfDocumentProperties& properties) {
     Dictionary attributes;
     const auto set = [&](std::u16string_view key, Value value) {
@@ -76,15 +87,16 @@ Dictionary documentAttributesOf(const RtfDocumentProperties& properties) {
     const bool isCocoa = properties.cocoaVersion != kRtfUnset;
     set(kDocumentTypeKey, kRtfDocumentType);
     set(kUtiKey, u"public.rtf");
-    set(kCocoaVersionKey, isCocoa ? static_cast<double>(properties.cocoaVersion) : kOldestVersion);
+    set(kCocoaVersionKey, isCocoa ? versionOf(properties) : kOldestVersion);
     set(kPaperSizeKey, NSStringFromSize({points(statedOr(properties.paperWidth, kPaperWidth)),
                                          points(statedOr(properties.paperHeight, kPaperHeight))}));
-    set(kLeftMarginKey, points(statedOr(properties.leftMargin, kSideMargin)));
-    set(kRightMarginKey, points(statedOr(properties.rightMargin, kSideMargin)));
-    set(kTopMarginKey, points(statedOr(properties.topMargin, kTopMargin)));
-    set(kBottomMarginKey, points(statedOr(properties.bottomMargin, kTopMargin)));
-    set(kDefaultTabIntervalKey, points(statedOr(properties.tabInterval, isCocoa ? 0 : kTabInterval)));
-    set(kHyphenationFactorKey, statedOr(properties.hyphenationFactor, 0) / 100.0);
+    set(kLeftMarginKey, single(points(statedOr(properties.leftMargin, kSideMargin))));
+    set(kRightMarginKey, single(points(statedOr(properties.rightMargin, kSideMargin))));
+    set(kTopMarginKey, single(points(statedOr(properties.topMargin, kTopMargin))));
+    set(kBottomMarginKey, single(points(statedOr(properties.bottomMargin, kTopMargin))));
+    set(kDefaultTabIntervalKey, single(points(statedOr(properties.tabInterval, isCocoa ? 0 : kTabInterval))));
+    set(kHyphenationFactorKey,
+        properties.hyphenation == 0 ? 0.0 : single(statedOr(properties.hyphenationFactor, 0) / 100.0));
     set(kTextScalingKey, statedOr(properties.textScaling, 0));
     set(kUsesScreenFontsKey, statedOr(properties.screenFonts, 0));
     if (properties.viewWidth != kRtfUnset && properties.viewHeight != kRtfUnset) {

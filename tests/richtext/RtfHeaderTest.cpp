@@ -103,7 +103,7 @@ TEST(RtfHeader, ReadsPageSetUp) {
         contentOf(
             "\\cocoartf2513\\cocoasubrtf460\\cocoatextscaling1\\cocoascreenfonts1\\paperw11900\\paperh16840\\margl1440"
             "\\margr1441\\margt1442\\margb1443\\vieww9000\\viewh8400\\viewkind1\\viewscale120\\readonlydoc1"
-            "\\hyphauto1\\hyphfactor90\\deftab720\\landscape\\pgwsxn1 x")
+            "\\hyphauto1\\hyphfactor90\\deftab720\\pgwsxn1 x")
             .properties;
     EXPECT_EQ(properties.cocoaVersion, 2513);
     EXPECT_EQ(properties.cocoaSubversion, 460);
@@ -123,7 +123,6 @@ TEST(RtfHeader, ReadsPageSetUp) {
     EXPECT_EQ(properties.hyphenation, 1);
     EXPECT_EQ(properties.hyphenationFactor, 90);
     EXPECT_EQ(properties.tabInterval, 720);
-    EXPECT_TRUE(properties.landscape);
     // The first section's page stands in for the document's.
     EXPECT_EQ(contentOf("\\sectd\\pgwsxn500\\marglsxn7 x\\sect\\pgwsxn600").properties.paperWidth, 500);
     EXPECT_EQ(contentOf("x").properties.paperWidth, kRtfUnset);

@@ -55,6 +55,11 @@ TEST(RtfReader, TranslatesCharacters) {
              a.font = {u"Menlo-Bold", u"Menlo", 13.5, true, false};
          }},
         {"\\f9", [](auto&) {}},  // there is none of that number
+        {"\\ltrch\\f0\\fs24\\rtlch\\af1\\afs20\\ai",
+         [](auto& a) {
+             a.font = {u"Menlo-BoldItalic", u"Menlo", 10, true, true};
+         }},
+        {"\\rtlch\\af1\\afs20\\ab\\ltrch", [](auto&) {}},
         {"\\cf1\\cb2", [&](auto& a) { a.foreground = kRed, a.background = kBlue; }},
         {"\\cf0\\cb0", [](auto&) {}},
         {"\\cf7", [](auto&) {}},
@@ -249,7 +254,8 @@ TEST(RtfReader, TellsDocumentAttributes) {
 
     const Dictionary full =
         documentFromRtf(
-            "{\\rtf1\\cocoartf2513\\cocoatextscaling1\\cocoascreenfonts1\\paperw11900\\paperh16840\\margl1440"
+            "{\\rtf1\\cocoartf1138\\cocoasubrtf500\\cocoatextscaling1\\cocoascreenfonts1\\paperw11900\\paperh16840\\mar"
+            "gl1440"
             "\\margr1220\\margt1200\\margb1180\\vieww9000\\viewh8400\\viewkind1\\viewscale120\\readonlydoc1"
             "\\hyphfactor90\\deftab700{\\info{\\title T}{\\author A}{\\subject S}{\\doccomm C}{\\operator O}"
             "{\\manager M}{\\company F}{\\copyright R}{\\category K}{\\keywords x, y z;,}"
@@ -258,14 +264,14 @@ TEST(RtfReader, TellsDocumentAttributes) {
             .documentAttributes;
     const Dictionary expectedFull = {{u"DocumentType", u"NSRTF"},
                                      {u"UTI", u"public.rtf"},
-                                     {u"CocoaRTFVersion", 2513.0},
+                                     {u"CocoaRTFVersion", 1138.5},
                                      {u"PaperSize", u"{595, 842}"},
                                      {u"LeftMargin", 72.0},
                                      {u"RightMargin", 61.0},
                                      {u"TopMargin", 60.0},
                                      {u"BottomMargin", 59.0},
                                      {u"DefaultTabInterval", 35.0},
-                                     {u"HyphenationFactor", 0.9},
+                                     {u"HyphenationFactor", static_cast<double>(0.9F)},
                                      {u"TextScaling", 1},
                                      {u"UsesScreenFonts", 1},
                                      {u"ViewSize", u"{450, 420}"},
