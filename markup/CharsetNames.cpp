@@ -126,8 +126,8 @@ CFStringEncoding encodingOfNumber(std::uint32_t number, std::u16string_view name
 enum class Test { equals, contains, prefix };
 
 struct NamedEncoding {
-    Test test;
     std::u16string_view word;
+    Test test;
     CFStringEncoding encoding;
 };
 
@@ -145,57 +145,57 @@ bool matches(const NamedEncoding& row, std::u16string_view name) noexcept {
 
 /// For names that contain "latin". The first row that matches counts; ten comes before one.
 constexpr NamedEncoding kLatinNames[] = {
-    {Test::contains, u"latin10", 0x210},
-    {Test::contains, u"latin1", kCFStringEncodingISOLatin1},
-    {Test::equals, u"latin", kCFStringEncodingISOLatin1},
-    {Test::contains, u"latin2", kISOLatin2},
-    {Test::contains, u"latin3", 0x203},
-    {Test::contains, u"latin4", 0x204},
-    {Test::contains, u"latin5", kISOLatin5},
-    {Test::contains, u"latin6", 0x20A},
-    {Test::contains, u"latin7", 0x20D},
-    {Test::contains, u"latin8", 0x20E},
-    {Test::contains, u"latin9", 0x20F},
+    {u"latin10", Test::contains, 0x210},
+    {u"latin1", Test::contains, kCFStringEncodingISOLatin1},
+    {u"latin", Test::equals, kCFStringEncodingISOLatin1},
+    {u"latin2", Test::contains, kISOLatin2},
+    {u"latin3", Test::contains, 0x203},
+    {u"latin4", Test::contains, 0x204},
+    {u"latin5", Test::contains, kISOLatin5},
+    {u"latin6", Test::contains, 0x20A},
+    {u"latin7", Test::contains, 0x20D},
+    {u"latin8", Test::contains, 0x20E},
+    {u"latin9", Test::contains, 0x20F},
 };
 
 /// The first row that matches counts.
 constexpr NamedEncoding kNames[] = {
-    {Test::equals, u"iso", kCFStringEncodingISOLatin1},
-    {Test::equals, u"visual", 0x208},
-    {Test::equals, u"xkamcs", kCFStringEncodingKamenicky},
-    {Test::equals, u"kamcs", kCFStringEncodingKamenicky},
-    {Test::equals, u"kbkam", kCFStringEncodingKamenicky},
-    {Test::equals, u"koi8cs2", kCFStringEncodingKoi8cs2},
-    {Test::equals, u"csn369103", kCFStringEncodingKoi8cs2},
-    {Test::equals, u"usascii", kCFStringEncodingASCII},
-    {Test::equals, u"ascii", kCFStringEncodingASCII},
-    {Test::contains, u"utf7", kCFStringEncodingASCII},
-    {Test::contains, u"gb2312", kCFStringEncodingEUC_CN},
-    {Test::prefix, u"gbk", 0x631},
-    {Test::contains, u"gb18030", 0x632},
-    {Test::equals, u"utf", kCFStringEncodingUTF8},
-    {Test::contains, u"utf8", kCFStringEncodingUTF8},
-    {Test::contains, u"utf08", kCFStringEncodingUTF8},
-    {Test::contains, u"uft8", kCFStringEncodingUTF8},
-    {Test::contains, u"utf2d8", kCFStringEncodingUTF8},
-    {Test::equals, u"utf9", kCFStringEncodingUTF8},
-    {Test::equals, u"unicode", kCFStringEncodingUTF8},
-    {Test::contains, u"utf16", kCFStringEncodingUTF16},
-    {Test::contains, u"shiftj", kCFStringEncodingShiftJIS},
-    {Test::contains, u"sjis", kCFStringEncodingShiftJIS},
-    {Test::prefix, u"koi8", 0xA02},
-    {Test::contains, u"big5", kCFStringEncodingBig5},
-    {Test::contains, u"euckr", 0x940},
-    {Test::contains, u"eucj", kEUC_JP},
-    {Test::contains, u"euccn", kCFStringEncodingEUC_CN},
-    {Test::contains, u"euctw", 0x931},
-    {Test::equals, u"ksc56011987", 0x640},
-    {Test::equals, u"ksc560187", 0x640},
-    {Test::prefix, u"ksc560192", 0x641},
+    {u"iso", Test::equals, kCFStringEncodingISOLatin1},
+    {u"visual", Test::equals, 0x208},
+    {u"xkamcs", Test::equals, kCFStringEncodingKamenicky},
+    {u"kamcs", Test::equals, kCFStringEncodingKamenicky},
+    {u"kbkam", Test::equals, kCFStringEncodingKamenicky},
+    {u"koi8cs2", Test::equals, kCFStringEncodingKoi8cs2},
+    {u"csn369103", Test::equals, kCFStringEncodingKoi8cs2},
+    {u"usascii", Test::equals, kCFStringEncodingASCII},
+    {u"ascii", Test::equals, kCFStringEncodingASCII},
+    {u"utf7", Test::contains, kCFStringEncodingASCII},
+    {u"gb2312", Test::contains, kCFStringEncodingEUC_CN},
+    {u"gbk", Test::prefix, 0x631},
+    {u"gb18030", Test::contains, 0x632},
+    {u"utf", Test::equals, kCFStringEncodingUTF8},
+    {u"utf8", Test::contains, kCFStringEncodingUTF8},
+    {u"utf08", Test::contains, kCFStringEncodingUTF8},
+    {u"uft8", Test::contains, kCFStringEncodingUTF8},
+    {u"utf2d8", Test::contains, kCFStringEncodingUTF8},
+    {u"utf9", Test::equals, kCFStringEncodingUTF8},
+    {u"unicode", Test::equals, kCFStringEncodingUTF8},
+    {u"utf16", Test::contains, kCFStringEncodingUTF16},
+    {u"shiftj", Test::contains, kCFStringEncodingShiftJIS},
+    {u"sjis", Test::contains, kCFStringEncodingShiftJIS},
+    {u"koi8", Test::prefix, 0xA02},
+    {u"big5", Test::contains, kCFStringEncodingBig5},
+    {u"euckr", Test::contains, 0x940},
+    {u"eucj", Test::contains, kEUC_JP},
+    {u"euccn", Test::contains, kCFStringEncodingEUC_CN},
+    {u"euctw", Test::contains, 0x931},
+    {u"ksc56011987", Test::equals, 0x640},
+    {u"ksc560187", Test::equals, 0x640},
+    {u"ksc560192", Test::prefix, 0x641},
     // Languages that pages name in place of a character set. "en" would be one, but is too short for any name.
-    {Test::equals, u"enus", kCFStringEncodingUTF8},
-    {Test::equals, u"engb", kCFStringEncodingUTF8},
-    {Test::equals, u"none", kCFStringEncodingASCII},
+    {u"enus", Test::equals, kCFStringEncodingUTF8},
+    {u"engb", Test::equals, kCFStringEncodingUTF8},
+    {u"none", Test::equals, kCFStringEncodingASCII},
 };
 
 template <std::size_t N>
