@@ -50,7 +50,7 @@ bool RetrieveFeedHandler(const Tag& tag, void* context) {
 
 bool RetrieveCompleteFeedHandler(const Tag& tag, void* context) {
     auto& detection = *static_cast<Detection*>(context);
-    if (!isRoot(tag)) return !detection.isFeed && isRootOfPage(tag);
+    if (!isRoot(tag)) return isRootOfPage(tag);
     detection.isFeed = true;
     detection.isComplete = isClosing(tag);
     return detection.isComplete;

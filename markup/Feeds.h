@@ -26,8 +26,8 @@ namespace halden {
 //     string
 //                                                       as it is written, may be absent
 
-/// Whether the root is that of a feed. `complete`, when given, tells whether its end tag was found: the document
-/// arrived whole.
+/// Whether the root is that of a feed. `complete`, when given, tells whether its end tag was found, before any tag that
+/// begins or ends a page: the document arrived whole.
 [[nodiscard]] bool isFeed(std::u16string_view document);
 [[nodiscard]] bool isFeedComplete(std::u16string_view document, bool* complete);
 

@@ -15,6 +15,8 @@ namespace halden::operations {
 [[nodiscard]] std::span<const Operation> charsetOperations();
 /// PageLinks.h, PageFrames.h, PageResources.h, PageMetaData.h, BaseElement.h, LinkCleaning.h and MimeTypes.h
 [[nodiscard]] std::span<const Operation> pageOperations();
+/// Feeds.h, Reader.h and ErrorPages.h
+[[nodiscard]] std::span<const Operation> feedOperations();
 /// Html2Text.h
 [[nodiscard]] std::span<const Operation> plainTextOperations();
 /// Stripping.h

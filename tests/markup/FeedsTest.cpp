@@ -39,7 +39,7 @@ TEST(FeedDetection, LooksForTheRoot) {
         {u"<feed/>", true, true},
         {u"<html><rss></rss>", false, false},
         {u"</head><feed>", false, false},
-        {u"<rss><html></rss>", true, true},
+        {u"<rss><html></rss>", true, false},
         {u"<feeds>", false, false},
         {u"", false, false},
     };

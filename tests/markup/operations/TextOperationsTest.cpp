@@ -44,6 +44,8 @@ TEST(PlainTextOperations, HaveTheirShapes) {
          "imageAlts:",
          R"("<b>a<b>b", "SimplePlainTextHandler", true, true, false, false, false, false, false, false)",
          R"({"result": " a b", "junk": false})"},
+        {"stringByConvertingHtml2PlainTextNonUmlauted:reformat:onlyBody:removeJunk::googleTags:imageAlts:",
+         "null, false, false, false, true, false, false", R"({"result": null, "junk": false})"},
     };
     for (const Case& c : cases)
         EXPECT_EQ(ask(plainTextOperations(), c.operation, c.arguments), c.result) << c.operation;
