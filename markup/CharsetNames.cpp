@@ -3,6 +3,7 @@
 #include "foundation/CharacterComparison.h"
 #include "foundation/Characters.h"
 #include "foundation/Log.h"
+#include "foundation/StringConversion.h"
 #include "foundation/Unicode.h"
 
 #include <algorithm>
@@ -282,12 +283,8 @@ bool isWorthLogging(std::u16string_view name) {
 }  // namespace
 
 CFStringEncoding charset2CFStringEncoding(std::u16string_view name) {
-    const CharacterBitmap& alphaNumeric = alphaNumCharacterSetRep();
-    const ConversionTable& lower = initLowerCharsTable();
-    std::u16string normalized;
-    for (const char16_t unit : name) {
-        if (alphaNumeric.contains(unit)) normalized += lower[unit];
-    }
+    const std::u16string normalized =
+        stringByRemovingNonAlphaNumericCharactersAndApplyingConversionTable(name, &initLowerCharsTable());
     if (normalized.size() < 3) return kInvalidEncoding;
     const auto digit = std::ranges::find_if(normalized, isDigit);
     if (digit != normalized.end()) {
