@@ -11,8 +11,10 @@ namespace halden {
 enum class RtfSubject : std::uint8_t {
     unknown,
     document,     // header, page set-up
-    destination,  // opens a destination of its own
-    skipped,      // opens a destination that is passed over
+    tableDestination,    // opens a table of the header
+    infoDestination,     // opens the information, or a part of it
+    contentDestination,  // opens a part of the text, or something in it
+    skipped,             // opens a destination that is passed over
     font,
     color,
     style,

@@ -167,8 +167,14 @@ void RtfParser::word(const RtfToken& token) {
         case RtfSubject::skipped:
             passOverGroup();
             break;
-        case RtfSubject::destination:
-            openDestination(known.word, starred);
+        case RtfSubject::tableDestination:
+            openTable(known.word);
+            break;
+        case RtfSubject::infoDestination:
+            openInformation(known.word);
+            break;
+        case RtfSubject::contentDestination:
+            openContent(known.word, starred);
             break;
         case RtfSubject::document:
             documentWord(known.word, parameter, token.hasParameter);

@@ -86,15 +86,22 @@ private:
     [[nodiscard]] std::u16string takeCollected();
     [[nodiscard]] bool skipsFallback(const RtfToken& token);
 
-    // RtfParserDestinations.cpp: what opens and closes destinations.
-    void openDestination(RtfWord word, bool starred);
+    // RtfParserDestinations.cpp: what opens destinations of the header, and closes all.
+    void open(RtfWord opener, RtfDestination destination);
+    void gather(RtfWord opener, RtfDestination destination);
+    void openTable(RtfWord word);
+    void openInformation(RtfWord word);
     void closeDestination(RtfWord opener);
+
+    // RtfParserContent.cpp: fields, pictures, attachments, shapes.
+    void pictureWord(RtfWord word, std::int32_t parameter);
+    void openContent(RtfWord word, bool starred);
+    void openTextBox();
     void closeField();
     void closeFieldInstruction();
     void insertSymbol(char32_t number, std::u16string_view font, bool isUnicode);
     void closePicture();
     void closeAttachment();
-    void openTextBox();
 
     // RtfParserHeader.cpp: the document, its tables and its information.
     void documentWord(RtfWord word, std::int32_t parameter, bool hasParameter);
@@ -105,10 +112,13 @@ private:
     void colorTableText(std::u16string_view units);
     void styleWord(RtfWord word, std::int32_t parameter);
     void endStyle();
-    void listWord(RtfWord word, std::int32_t parameter, bool hasParameter);
     void infoWord(RtfWord word, std::int32_t parameter);
     void closeInfoText(RtfWord opener);
     void closeInfoDate(RtfWord opener);
+
+    // RtfParserLists.cpp
+    void openOverrideLevel();
+    void listWord(RtfWord word, std::int32_t parameter, bool hasParameter);
     void closeListText(RtfWord opener);
     void closeListLevel();
     void closeListOverride();
@@ -119,20 +129,21 @@ private:
     void underlineWord(RtfWord word, bool on);
     void applyStyle(std::int32_t number, bool paragraphToo);
 
-    // RtfParserBody.cpp: paragraphs, tables, the text itself.
+    // RtfParserBody.cpp: paragraphs, the text itself.
     void specialWord(RtfWord word);
-    void pictureWord(RtfWord word, std::int32_t parameter);
-    void tableWord(RtfWord word, std::int32_t parameter);
-    void borderWord(RtfWord word, std::int32_t parameter);
-    void appendToBody(std::u16string_view units);
     void insertMarker();
+    void appendToBody(std::u16string_view units);
     [[nodiscard]] bool noteFormatOfBody();
     void insertAttachment(RtfAttachment attachment);
     void endParagraph(char16_t separator, std::int32_t level);
     void endParagraphIfAny();
+    void finishBody();
+
+    // RtfParserTables.cpp
+    void tableWord(RtfWord word, std::int32_t parameter);
+    void borderWord(RtfWord word, std::int32_t parameter);
     void endCell(std::int32_t level);
     void endRow(std::int32_t level);
-    void finishBody();
 
     [[nodiscard]] RtfRowDefinitionBuilder& rowBuilder() noexcept {
         return group_.destination == RtfDestination::rowProperties ? nestedRow_ : row_;

@@ -2,6 +2,7 @@
 #include "richtext/RtfParser.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace halden {
@@ -17,120 +18,79 @@ std::int64_t daysFromCivil(std::int64_t year, std::int64_t month, std::int64_t d
     return era * 146097 + dayOfEra - 719468;
 }
 
+/// Words that state one number each; without one they state the other.
+struct PropertyRow {
+    RtfWord word;
+    std::int32_t RtfDocumentProperties::*property;
+    std::int32_t withoutNumber = 0;
+};
+
+constexpr PropertyRow kProperties[] = {
+    {RtfWord::deff, &RtfDocumentProperties::defaultFont},
+    {RtfWord::adeff, &RtfDocumentProperties::defaultAssociatedFont},
+    {RtfWord::paperw, &RtfDocumentProperties::paperWidth},
+    {RtfWord::paperh, &RtfDocumentProperties::paperHeight},
+    {RtfWord::margl, &RtfDocumentProperties::leftMargin},
+    {RtfWord::margr, &RtfDocumentProperties::rightMargin},
+    {RtfWord::margt, &RtfDocumentProperties::topMargin},
+    {RtfWord::margb, &RtfDocumentProperties::bottomMargin},
+    {RtfWord::deftab, &RtfDocumentProperties::tabInterval},
+    {RtfWord::viewkind, &RtfDocumentProperties::viewKind},
+    {RtfWord::viewscale, &RtfDocumentProperties::viewScale},
+    {RtfWord::vieww, &RtfDocumentProperties::viewWidth},
+    {RtfWord::viewh, &RtfDocumentProperties::viewHeight},
+    {RtfWord::readonlydoc, &RtfDocumentProperties::readOnly, 1},
+    {RtfWord::hyphauto, &RtfDocumentProperties::hyphenation, 1},
+    {RtfWord::hyphfactor, &RtfDocumentProperties::hyphenationFactor},
+    {RtfWord::cocoartf, &RtfDocumentProperties::cocoaVersion},
+    {RtfWord::cocoasubrtf, &RtfDocumentProperties::cocoaSubversion},
+    {RtfWord::cocoatextscaling, &RtfDocumentProperties::textScaling},
+    {RtfWord::cocoascreenfonts, &RtfDocumentProperties::screenFonts, 1},
+};
+
+// The page of the first section stands for the document's where the document states none.
+constexpr PropertyRow kSectionProperties[] = {
+    {RtfWord::pgwsxn, &RtfDocumentProperties::paperWidth},   {RtfWord::pghsxn, &RtfDocumentProperties::paperHeight},
+    {RtfWord::marglsxn, &RtfDocumentProperties::leftMargin}, {RtfWord::margrsxn, &RtfDocumentProperties::rightMargin},
+    {RtfWord::margtsxn, &RtfDocumentProperties::topMargin},  {RtfWord::margbsxn, &RtfDocumentProperties::bottomMargin},
+};
+
 }  // namespace
 
 void RtfParser::documentWord(RtfWord word, std::int32_t parameter, bool hasParameter) {
     RtfDocumentProperties& properties = content_.properties;
-    const auto setPage = [this](int page) {
-        documentPage_ = page;
-        group_.page = nullptr;
-    };
-    // The page of the first section stands for the document's where the document states none.
-    const auto setUnlessStated = [parameter](std::int32_t& value) {
-        if (value == kRtfUnset) value = parameter;
-    };
+    group_.page = nullptr;
     switch (word) {
         case RtfWord::rtf:
             properties.version = hasParameter ? parameter : 1;
             // Documents of version 0 are older than code pages; their writers knew one encoding.
-            if (properties.version == 0) setPage(kCodePageNextStep);
-            break;
+            if (properties.version == 0) documentPage_ = kCodePageNextStep;
+            return;
         case RtfWord::ansi:
-            if (properties.version != 0) setPage(1252);
-            break;
+            if (properties.version != 0) documentPage_ = 1252;
+            return;
         case RtfWord::mac:
-            setPage(10000);
-            break;
+            documentPage_ = 10000;
+            return;
         case RtfWord::pc:
-            setPage(437);
-            break;
+            documentPage_ = 437;
+            return;
         case RtfWord::pca:
-            setPage(850);
-            break;
+            documentPage_ = 850;
+            return;
         case RtfWord::ansicpg:
-            if (parameter > 0) setPage(parameter);
-            break;
-        case RtfWord::deff:
-            properties.defaultFont = hasParameter ? parameter : 0;
-            group_.page = nullptr;
-            break;
-        case RtfWord::adeff:
-            properties.defaultAssociatedFont = parameter;
-            break;
-        case RtfWord::paperw:
-            properties.paperWidth = parameter;
-            break;
-        case RtfWord::paperh:
-            properties.paperHeight = parameter;
-            break;
-        case RtfWord::margl:
-            properties.leftMargin = parameter;
-            break;
-        case RtfWord::margr:
-            properties.rightMargin = parameter;
-            break;
-        case RtfWord::margt:
-            properties.topMargin = parameter;
-            break;
-        case RtfWord::margb:
-            properties.bottomMargin = parameter;
-            break;
-        case RtfWord::pgwsxn:
-            setUnlessStated(properties.paperWidth);
-            break;
-        case RtfWord::pghsxn:
-            setUnlessStated(properties.paperHeight);
-            break;
-        case RtfWord::marglsxn:
-            setUnlessStated(properties.leftMargin);
-            break;
-        case RtfWord::margrsxn:
-            setUnlessStated(properties.rightMargin);
-            break;
-        case RtfWord::margtsxn:
-            setUnlessStated(properties.topMargin);
-            break;
-        case RtfWord::margbsxn:
-            setUnlessStated(properties.bottomMargin);
-            break;
-        case RtfWord::deftab:
-            properties.tabInterval = parameter;
-            break;
-        case RtfWord::viewkind:
-            properties.viewKind = parameter;
-            break;
-        case RtfWord::viewscale:
-            properties.viewScale = parameter;
-            break;
-        case RtfWord::vieww:
-            properties.viewWidth = parameter;
-            break;
-        case RtfWord::viewh:
-            properties.viewHeight = parameter;
-            break;
-        case RtfWord::readonlydoc:
-            properties.readOnly = hasParameter ? parameter : 1;
-            break;
-        case RtfWord::hyphauto:
-            properties.hyphenation = hasParameter ? parameter : 1;
-            break;
-        case RtfWord::hyphfactor:
-            properties.hyphenationFactor = parameter;
-            break;
-        case RtfWord::cocoartf:
-            properties.cocoaVersion = parameter;
-            break;
-        case RtfWord::cocoasubrtf:
-            properties.cocoaSubversion = parameter;
-            break;
-        case RtfWord::cocoatextscaling:
-            properties.textScaling = parameter;
-            break;
-        case RtfWord::cocoascreenfonts:
-            properties.screenFonts = hasParameter ? parameter : 1;
-            break;
+            if (parameter > 0) documentPage_ = parameter;
+            return;
         default:
             break;
+    }
+    if (const auto* row = std::ranges::find(kProperties, word, &PropertyRow::word); row != std::end(kProperties)) {
+        properties.*row->property = hasParameter ? parameter : row->withoutNumber;
+        return;
+    }
+    const auto* row = std::ranges::find(kSectionProperties, word, &PropertyRow::word);
+    if (row != std::end(kSectionProperties) && properties.*row->property == kRtfUnset) {
+        properties.*row->property = parameter;
     }
 }
 
@@ -299,103 +259,6 @@ void RtfParser::endStyle() {
     }
     styleNumber_ = kRtfUnset;
     styleBase_ = kRtfUnset;
-}
-
-void RtfParser::listWord(RtfWord word, std::int32_t parameter, bool hasParameter) {
-    using Kind = RtfOldNumbering::Kind;
-    const RtfDestination destination = group_.destination;
-    if (destination == RtfDestination::listOverride && word == RtfWord::listid) overrideList_ = parameter;
-    if (destination == RtfDestination::list && word == RtfWord::listid) list_.id = parameter;
-    if (destination == RtfDestination::listOverrideLevel && word == RtfWord::listoverrideformat) {
-        overridesFormat_ = true;
-    }
-    if (destination == RtfDestination::listOverrideLevel && word == RtfWord::levelstartat) level_.start = parameter;
-    if (destination == RtfDestination::listLevel) {
-        if (word == RtfWord::levelnfc || word == RtfWord::levelnfcn) level_.numberKind = parameter;
-        if (word == RtfWord::levelstartat) level_.start = parameter;
-    }
-    if (destination != RtfDestination::oldNumbering) return;
-    switch (word) {
-        case RtfWord::pnlvlblt:
-            oldNumbering_.kind = Kind::bullet;
-            break;
-        case RtfWord::pnlvl:
-            oldNumbering_.level = hasParameter ? std::clamp(parameter, 1, 9) - 1 : 0;
-            [[fallthrough]];
-        case RtfWord::pnlvlbody:
-        case RtfWord::pndec:
-        case RtfWord::pncard:
-            oldNumbering_.kind = Kind::decimal;
-            break;
-        case RtfWord::pnucltr:
-            oldNumbering_.kind = Kind::upperLetter;
-            break;
-        case RtfWord::pnucrm:
-            oldNumbering_.kind = Kind::upperRoman;
-            break;
-        case RtfWord::pnlcltr:
-            oldNumbering_.kind = Kind::lowerLetter;
-            break;
-        case RtfWord::pnlcrm:
-            oldNumbering_.kind = Kind::lowerRoman;
-            break;
-        case RtfWord::pnlvlcont:
-            oldNumbering_.kind = Kind::none;
-            break;
-        case RtfWord::pnstart:
-            oldNumbering_.start = parameter;
-            break;
-        default:
-            break;
-    }
-}
-
-void RtfParser::closeListText(RtfWord opener) {
-    std::u16string text = takeCollected();
-    switch (opener) {
-        case RtfWord::pntxtb:
-            oldNumbering_.before = std::move(text);
-            return;
-        case RtfWord::pntxta:
-            oldNumbering_.after = std::move(text);
-            return;
-        default:
-            break;
-    }
-    if (opener == RtfWord::levelmarker) {
-        level_.marker = text.substr(0, RtfHeaderTables::kMaxLevelText);
-        return;
-    }
-    // The first unit counts the ones that follow; a semicolon ends them all.
-    if (!text.empty() && text.front() < 0x20) {
-        const std::size_t length = text.front();
-        text = text.substr(1, length);
-    } else if (!text.empty() && text.back() == u';') {
-        text.pop_back();
-    }
-    level_.text = text.substr(0, RtfHeaderTables::kMaxLevelText);
-}
-
-/// Bullets are often given in the private units of symbol fonts, and the font after the text.
-void RtfParser::closeListLevel() {
-    const RtfFont* font = content_.header.font(group_.character.font);
-    const RtfCodePage& symbols =
-        pages_.page(font && font->charset == 2 ? font->codePage : static_cast<int>(kCodePageSymbol));
-    for (char16_t& unit : level_.text)
-        unit = symbols.symbolUnit(unit);
-    RtfListLevel level = std::exchange(level_, {});
-    if (stack_.empty()) return;
-    if (stack_.back().destination == RtfDestination::listOverrideLevel) {
-        if (overridesFormat_ && !overrideLevels_.empty()) overrideLevels_.back() = std::move(level);
-    } else if (list_.levels.size() < RtfHeaderTables::kMaxListLevels) {
-        list_.levels.push_back(std::move(level));
-    }
-}
-
-/// An override without levels of its own is another name of the list.
-void RtfParser::closeListOverride() {
-    const std::vector<std::optional<RtfListLevel>> levels = std::exchange(overrideLevels_, {});
-    if (overrideNumber_ != kRtfUnset) content_.header.addListOverride(overrideNumber_, overrideList_, levels);
 }
 
 void RtfParser::infoWord(RtfWord word, std::int32_t parameter) {
