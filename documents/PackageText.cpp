@@ -1,6 +1,5 @@
 #include "documents/PackageText.h"
 
-#include "foundation/Characters.h"
 #include "foundation/CompressedData.h"
 #include "foundation/Path.h"
 #include "foundation/StringSearch.h"
@@ -24,8 +23,8 @@ using halden::Value;
 constexpr std::u16string_view kTextContent = u"kMDItemTextContent";
 
 bool isPlaceholder(const std::u16string& string) {
-    return string.starts_with(u'<') && string.ends_with(u'>') &&
-           !halden::characterPartOfSet(string, &halden::whiteCharacterSetRep());
+    return halden::firstCharacter(string) == u'<' && halden::lastCharacter(string) == u'>' &&
+           !halden::containsWhiteCharacter(string);
 }
 
 bool holdsPlaceholder(const Value& value) {

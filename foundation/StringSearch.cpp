@@ -77,6 +77,18 @@ std::optional<std::size_t> findOneOf(std::u16string_view string, std::u16string_
     return findFirst(string, startAt, wideWanted, isWanted);
 }
 
+char16_t firstCharacter(std::u16string_view string) noexcept {
+    return string.empty() ? u'\0' : string.front();
+}
+
+char16_t lastCharacter(std::u16string_view string) noexcept {
+    return string.empty() ? u'\0' : string.back();
+}
+
+bool containsWhiteCharacter(std::u16string_view string) {
+    return characterPartOfSet(string, &whiteCharacterSetRep());
+}
+
 bool hasPrefixNoCase(std::u16string_view string, std::u16string_view prefix) {
     return string.size() >= prefix.size() && std::equal(prefix.begin(), prefix.end(), string.begin(), equalNoCase);
 }

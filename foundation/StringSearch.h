@@ -12,6 +12,13 @@
 
 namespace halden {
 
+/// The first and the last unit; 0 when there is none.
+[[nodiscard]] char16_t firstCharacter(std::u16string_view string) noexcept;
+[[nodiscard]] char16_t lastCharacter(std::u16string_view string) noexcept;
+
+/// Whether any unit is in the white bitmap of Characters.h.
+[[nodiscard]] bool containsWhiteCharacter(std::u16string_view string);
+
 /// The index of the first `unit`; nullopt when there is none.
 [[nodiscard]] std::optional<std::size_t> findCharacter(std::u16string_view string, char16_t unit);
 

@@ -2,6 +2,7 @@
 
 #include "foundation/CharacterComparison.h"
 #include "foundation/Characters.h"
+#include "foundation/StringSearch.h"
 #include "markup/TagAttributes.h"
 #include "markup/TagNames.h"
 #include "markup/TagScanner.h"
@@ -18,8 +19,7 @@ std::u16string widened(std::string_view ascii) {
 }
 
 bool endsInWhite(const std::u16string& text) {
-    // An empty text ends in character 0, which is white.
-    return text.empty() || whiteCharacterSetRep().contains(text.back());
+    return whiteCharacterSetRep().contains(lastCharacter(text));  // an empty text ends in character 0, which is white
 }
 
 bool startsElement(std::u16string_view tag) {

@@ -131,6 +131,9 @@ constexpr auto kOperations = std::to_array<Operation>({
     method<stringByTrimmingEllipsis>("stringByTrimmingEllipsis", "string"),
     method<stringByTrimmingDigits>("stringByTrimmingDigits", "string"),
 
+    method<firstCharacter>("firstCharacter", "string"),
+    method<lastCharacter>("lastCharacter", "string"),
+    method<containsWhiteCharacter>("containsWhiteCharacter", "string"),
     method<findCharacter>("findCharacter:", "string unit"),
     method<findOneOfUnits>("findOneOf:startAt:caseInsensitive:", "string units startAt caseInsensitive"),
     method<hasPrefixNoCase>("hasPrefixNoCase:", "string prefix"),
