@@ -58,8 +58,14 @@ std::int64_t compareThroughTable(std::u16string_view first, std::u16string_view 
     return fastCompareUnicharsUsingConversionTable(first, second, tableNamed(table, 2));
 }
 
-bool partOfSet(std::u16string_view string, std::optional<std::u16string_view> set) {
-    return characterPartOfSet(string, setNamed(set, 1));
+// A string that is nil, and a buffer that is null, have no units.
+
+bool partOfSet(std::optional<std::u16string_view> string, std::optional<std::u16string_view> set) {
+    return characterPartOfSet(string.value_or(u""), setNamed(set, 1));
+}
+
+bool onlyWhite(std::optional<std::u16string_view> units) {
+    return onlyWhiteCharacters(units.value_or(u""));
 }
 
 std::optional<std::size_t> position(const Data& needle, std::u16string_view haystack, bool caseSensitive) {
@@ -92,7 +98,7 @@ constexpr auto kOperations = std::to_array<Operation>({
     function<umlautsToUpperAscii>("umlautsToUpperAscii", "unit"),
     function<umlautsToLowerAscii>("umlautsToLowerAscii", "unit"),
     function<partOfSet>("characterPartOfSet", "string set"),
-    function<onlyWhiteCharacters>("onlyWhiteCharacters:length:", "string"),
+    function<onlyWhite>("onlyWhiteCharacters:length:", "string"),
     function<compareThroughTable>("fastCompareUnicharsUsingConversionTable", "first second table"),
     function<fastCompareUnichars>("fastCompareUnichars", "first second"),
     function<compareWithBytes<fastCompareUnicharsWithChars>>("fastCompareUnicharsWithChars", "first second"),

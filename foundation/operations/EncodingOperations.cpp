@@ -52,10 +52,16 @@ Dictionary encodingToUnicode(const Data& data, CFStringEncoding encoding, std::u
     return {{u"result", result}, {u"string", std::move(units)}};
 }
 
+Value initConverters() {
+    initUnicodeConverters();
+    return Value();
+}
+
 constexpr auto kOperations = std::to_array<Operation>({
     function<CFStringConvertEncodingToNSStringEncoding>("CFStringConvertEncodingToNSStringEncoding", "encoding"),
     function<CFStringConvertNSStringEncodingToEncoding>("CFStringConvertNSStringEncodingToEncoding", "encoding"),
     function<CFStringIsEncodingAvailable>("CFStringIsEncodingAvailable", "encoding"),
+    function<initConverters>("initUnicodeConverters", ""),
     function<utf8ToUnicode>("convertUTF8ToUnicode", "data capacity"),
     function<unicodeToUtf8>("convertUnicodeToUTF8", "string capacity"),
     function<encodingToUnicode>("convertEncodingToUnicode", "data encoding capacity"),

@@ -2,14 +2,18 @@
 #include "markup/operations/Operations.h"
 
 #include <array>
+#include <optional>
 
 namespace halden::operations {
 namespace {
 
-Dictionary withJunk(std::u16string html, TagHandler handler, PlainTextOptions options) {
+// The forms with several results answer all of them for nil too.
+using MaybeString = std::optional<std::u16string>;
+
+Dictionary withJunk(MaybeString html, TagHandler handler, PlainTextOptions options) {
     bool junk = false;
-    std::u16string text = convertHtml2PlainTextUsingHandler(std::move(html), handler, options, &junk);
-    return {{u"result", Value(std::move(text))}, {u"junk", Value(junk)}};
+    if (html) html = convertHtml2PlainTextUsingHandler(*std::move(html), handler, options, &junk);
+    return {{u"result", html ? Value(*std::move(html)) : Value()}, {u"junk", Value(junk)}};
 }
 
 TagHandler handlerNamed(std::u16string_view name) {
@@ -18,7 +22,7 @@ TagHandler handlerNamed(std::u16string_view name) {
     throw ArgumentError("argument 2 names no handler");
 }
 
-Dictionary convertUsingHandler(std::u16string html, std::u16string_view handler, bool entities, bool stdEntities,
+Dictionary convertUsingHandler(MaybeString html, std::u16string_view handler, bool entities, bool stdEntities,
                                bool nonUmlauted, bool reformat, bool onlyBody, bool removeJunk, bool googleTags,
                                bool imageAlts) {
     return withJunk(std::move(html), handlerNamed(handler),
@@ -32,13 +36,13 @@ Dictionary convertUsingHandler(std::u16string html, std::u16string_view handler,
                      .imageAlts = imageAlts});
 }
 
-Dictionary convertEntities(std::u16string html, bool entities, bool stdEntities, bool nonUmlauted, bool reformat,
+Dictionary convertEntities(MaybeString html, bool entities, bool stdEntities, bool nonUmlauted, bool reformat,
                            bool onlyBody, bool removeJunk, bool googleTags, bool imageAlts) {
     return convertUsingHandler(std::move(html), u"PlainTextHandler", entities, stdEntities, nonUmlauted, reformat,
                                onlyBody, removeJunk, googleTags, imageAlts);
 }
 
-Dictionary convertRemovingJunk(std::u16string html, bool nonUmlauted, bool reformat, bool onlyBody, bool removeJunk,
+Dictionary convertRemovingJunk(MaybeString html, bool nonUmlauted, bool reformat, bool onlyBody, bool removeJunk,
                                bool googleTags, bool imageAlts) {
     return convertEntities(std::move(html), true, true, nonUmlauted, reformat, onlyBody, removeJunk, googleTags,
                            imageAlts);

@@ -18,6 +18,7 @@ TEST(EncodingOperations, HaveTheirShapes) {
         {"CFStringConvertNSStringEncodingToEncoding", "8", "1056"},
         {"CFStringIsEncodingAvailable", "513", "true"},
         {"CFStringIsEncodingAvailable", "1", "false"},
+        {"initUnicodeConverters", "", "null"},
         {"convertUTF8ToUnicode", R"({"base64": "YcOp"}, 8)", R"({"result": 0, "string": "aé"})"},
         {"convertUTF8ToUnicode", R"({"base64": "YcOp"}, 1)", R"({"result": -8785, "string": "a"})"},
         {"convertUTF8ToUnicode", R"({"base64": "Yf8="}, 8)", R"({"result": -8739, "string": "a"})"},
