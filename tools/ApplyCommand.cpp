@@ -37,6 +37,8 @@ const Dispatcher& dispatcher() {
         halden::operations::scannerOperations(),    halden::operations::entityOperations(),
         halden::operations::charsetOperations(),    halden::operations::plainTextOperations(),
         halden::operations::strippingOperations(),  halden::operations::pageOperations(),
+        halden::operations::feedOperations(),
+        quarry::operations::markupFileOperations(),
         quarry::operations::webArchiveOperations(),
     };
     return all;

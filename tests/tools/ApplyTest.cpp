@@ -40,6 +40,17 @@ TEST(Apply, TakesStandardInputWhenArgumentsAreOneShort) {
     EXPECT_EQ(surroundings.run({"apply", "spaceCharacterSetRep"}).out.size(), 8192U);
 }
 
+// The markup engine is handed the platform's reader of property lists.
+TEST(Apply, ReadsFilesOfMarkup) {
+    const Surroundings surroundings;
+    const std::string list = surroundings.write("old.plist", "{ a = b; }");
+    const std::string page = surroundings.write("page.html", "<meta charset=koi8-r>\xC1");
+    const std::string operation = "stringWithMarkupContentsOfFile:defaultEncoding:";
+    const Outcome xml = surroundings.run({"apply", operation, list, "4"});
+    EXPECT_NE(xml.out.find("<key>a</key>"), std::string::npos) << xml.out << xml.error;
+    EXPECT_EQ(surroundings.run({"apply", operation, page, "5"}).out, "<meta charset=koi8-r>\u0430\n");
+}
+
 TEST(Apply, SaysWhatIsWrong) {
     const Surroundings surroundings;
     const struct {
