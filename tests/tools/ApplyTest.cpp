@@ -75,7 +75,7 @@ TEST(Apply, ListsEveryOperationOnce) {
     const Surroundings surroundings;
     const Outcome outcome = surroundings.run({"apply", "--list"});
     EXPECT_EQ(outcome.status, 0);
-    EXPECT_NE(outcome.out.find("\ncharacterPartOfSet (string string, string or null set) -> BOOL\n"),
+    EXPECT_NE(outcome.out.find("\ncharacterPartOfSet (string or null string, string or null set) -> BOOL\n"),
               std::string::npos);
 }
 
