@@ -1,10 +1,9 @@
 #include "foundation/Characters.h"
-#include "foundation/WideUnits.h"
 #include "markup/Entities.h"
 #include "markup/EntityTable.h"
+#include "markup/UnitSearch.h"
 
 #include <algorithm>
-#include <bit>
 #include <optional>
 #include <utility>
 
@@ -16,15 +15,10 @@ constexpr std::size_t kLongestReference = 7;
 /// Strings shorter than this hold no reference.
 constexpr std::size_t kShortestString = 4;
 
-const char16_t* nextAmpersand(const char16_t* at, const char16_t* end) {
-    const WideUnits ampersand = WideUnits::broadcast(u'&');
-    while (static_cast<std::size_t>(end - at) >= WideUnits::kCount) {
-        const std::uint32_t bits = (WideUnits::load(at) == ampersand).bits();
-        if (bits != 0) return at + std::countr_zero(bits);
-        at += WideUnits::kCount;
-    }
-    return std::find(at, end, u'&');
-}
+struct Ampersand {
+    static bool contains(char16_t unit) { return unit == u'&'; }
+    static WideUnits members(WideUnits units) { return units == WideUnits::broadcast(u'&'); }
+};
 
 /// A character that a reference stands for, and the length of the reference with its "&".
 struct Decoded {
@@ -32,34 +26,30 @@ struct Decoded {
     std::size_t length;
 };
 
-struct FixedForm {
-    std::u16string_view name;
-    char16_t character;
-    bool isSpecial;
-};
-
 /// A form that counts without its ";", whatever follows.
-std::optional<Decoded> decodeFixed(std::u16string_view rest, const FixedForm& form) {
-    if (!rest.substr(1).starts_with(form.name)) return std::nullopt;
-    const std::size_t length = 1 + form.name.size();
-    return Decoded{form.character, length + (length < rest.size() && rest[length] == u';' ? 1 : 0)};
+std::optional<Decoded> decodeFixed(std::u16string_view rest, std::u16string_view form, char16_t character) {
+    if (!rest.starts_with(form)) return std::nullopt;
+    const std::size_t length = form.size();
+    return Decoded{character, length + (length < rest.size() && rest[length] == u';' ? 1 : 0)};
 }
 
 std::optional<Decoded> decodeFixedForms(std::u16string_view rest, bool decodesSpecials) {
-    static constexpr FixedForm kLong[] = {{u"apos", u'\'', false}, {u"nbsp", u'\u00A0', false}, {u"quot", u'"', true}};
-    static constexpr FixedForm kShort[] = {{u"amp", u'&', true}, {u"gt", u'>', true}, {u"lt", u'<', true}};
-    constexpr std::size_t kLongForm = 4;
-    const auto tryForms = [&](const auto& forms) -> std::optional<Decoded> {
-        for (const FixedForm& form : forms) {
-            if (form.isSpecial && !decodesSpecials) continue;
-            if (const auto decoded = decodeFixed(rest, form)) return decoded;
-        }
-        return std::nullopt;
-    };
-    if (rest.size() > kLongForm) {
-        if (const auto decoded = tryForms(kLong)) return decoded;
+    const bool isLong = rest.size() > 4;  // below, forms of four letters are not looked for
+    switch (rest[1]) {
+        case u'a':
+            if (const auto decoded = isLong ? decodeFixed(rest, u"&apos", u'\'') : std::nullopt) return decoded;
+            return decodesSpecials ? decodeFixed(rest, u"&amp", u'&') : std::nullopt;
+        case u'g':
+            return decodesSpecials ? decodeFixed(rest, u"&gt", u'>') : std::nullopt;
+        case u'l':
+            return decodesSpecials ? decodeFixed(rest, u"&lt", u'<') : std::nullopt;
+        case u'n':
+            return isLong ? decodeFixed(rest, u"&nbsp", u'\u00A0') : std::nullopt;
+        case u'q':
+            return isLong && decodesSpecials ? decodeFixed(rest, u"&quot", u'"') : std::nullopt;
+        default:
+            return std::nullopt;
     }
-    return tryForms(kShort);
 }
 
 /// The length of a reference of `bodyEnd` units, "&" included, when it is not too long.
@@ -133,36 +123,47 @@ std::optional<Decoded> decodeStandardReference(std::u16string_view rest) {
     return std::nullopt;
 }
 
-/// Copies what stands between references, and replaces these. `write` copies a stretch of units, which may overlap.
-template <class Decode, class Write>
-std::size_t convert(const char16_t* at, std::size_t length, char16_t* destination, Decode decode, Write write) {
+/// Writes units as they are. Stretches may overlap what they are written over, when that lies before them.
+struct PlainWriter {
+    static char16_t converted(char16_t unit) { return unit; }
+    static char16_t* copy(const char16_t* begin, const char16_t* end, char16_t* out) {
+        const auto count = static_cast<std::size_t>(end - begin);
+        if (begin != out) std::char_traits<char16_t>::move(out, begin, count);
+        return out + count;
+    }
+};
+
+/// Writes units without their diacritics.
+class FoldingWriter {
+public:
+    [[nodiscard]] char16_t converted(char16_t unit) const { return plain_[unit]; }
+    char16_t* copy(const char16_t* begin, const char16_t* end, char16_t* out) const {
+        return std::transform(begin, end, out, [&](char16_t unit) { return plain_[unit]; });
+    }
+
+private:
+    const ConversionTable& plain_ = initUmlautsCharsTable();
+};
+
+/// Writes what stands between references, and the characters of these.
+template <class Decode, class Writer>
+std::size_t convert(const char16_t* at, std::size_t length, char16_t* destination, Decode decode,
+                    const Writer& writer) {
     const char16_t* const end = at + length;
     char16_t* out = destination;
-    const char16_t* copied = at;  // everything before is written
-    for (at = nextAmpersand(at, end); end - at > 1; at = nextAmpersand(at, end)) {
+    const char16_t* written = at;  // everything before is
+    for (at = nextMember<Ampersand>(at, end); end - at > 1; at = nextMember<Ampersand>(at, end)) {
         const auto decoded = decode(std::u16string_view(at, static_cast<std::size_t>(end - at)));
         if (!decoded) {
             ++at;
             continue;
         }
-        out = write(copied, at, out);
-        const char16_t character = decoded->character;
-        out = write(&character, &character + 1, out);
+        out = writer.copy(written, at, out);
+        *out++ = writer.converted(decoded->character);
         at += decoded->length;
-        copied = at;
+        written = at;
     }
-    return static_cast<std::size_t>(write(copied, end, out) - destination);
-}
-
-char16_t* copyUnits(const char16_t* begin, const char16_t* end, char16_t* out) {
-    const auto count = static_cast<std::size_t>(end - begin);
-    if (begin != out) std::char_traits<char16_t>::move(out, begin, count);
-    return out + count;
-}
-
-char16_t* copyWithoutUmlauts(const char16_t* begin, const char16_t* end, char16_t* out) {
-    const ConversionTable& plain = initUmlautsCharsTable();
-    return std::transform(begin, end, out, [&](char16_t unit) { return plain[unit]; });
+    return static_cast<std::size_t>(writer.copy(written, end, out) - destination);
 }
 
 }  // namespace
@@ -170,24 +171,28 @@ char16_t* copyWithoutUmlauts(const char16_t* begin, const char16_t* end, char16_
 std::size_t convertEntities2Characters(const char16_t* source, char16_t* destination, std::size_t location,
                                        std::size_t length, EntityDecoding decoding) {
     const auto decode = [&](std::u16string_view rest) { return decodeReference(rest, decoding); };
-    return convert(source + location, length, destination, decode,
-                   decoding.nonUmlauted ? copyWithoutUmlauts : copyUnits);
+    if (decoding.nonUmlauted) return convert(source + location, length, destination, decode, FoldingWriter());
+    return convert(source + location, length, destination, decode, PlainWriter());
 }
 
 std::size_t convertStdEntities2Characters(const char16_t* source, char16_t* destination, std::size_t location,
                                           std::size_t length) {
-    return convert(source + location, length, destination, decodeStandardReference, copyUnits);
+    return convert(source + location, length, destination, decodeStandardReference, PlainWriter());
 }
 
 std::u16string stringByConvertingEntitiesToCharacters(std::u16string string, EntityDecoding decoding) {
-    if (string.size() < kShortestString || string.find(u'&') == std::u16string::npos) return string;
+    if (string.size() < kShortestString) return string;
     if (!decoding.nonUmlauted) {
         string.resize(convertEntities2Characters(string.data(), string.data(), 0, string.size(), decoding));
         return string;
     }
+    // What is decoded only to be dropped again must not reach the string itself.
+    const char16_t* const end = string.data() + string.size();
+    if (nextMember<Ampersand>(string.data(), end) == end) return string;
     std::u16string decoded(string.size(), u'\0');
     decoded.resize(convertEntities2Characters(string.data(), decoded.data(), 0, string.size(), decoding));
-    return decoded.size() == string.size() ? string : decoded;
+    if (decoded.size() == string.size()) return string;
+    return decoded;
 }
 
 std::u16string stringByConvertingEntitiesToCharacters(std::u16string string) {

@@ -1,10 +1,11 @@
 #include "foundation/Characters.h"
 #include "markup/Entities.h"
 #include "markup/EntityTable.h"
+#include "markup/UnitSearch.h"
 
-#include <algorithm>
 #include <array>
 #include <charconv>
+#include <utility>
 
 namespace halden {
 namespace {
@@ -21,27 +22,32 @@ void appendNumber(std::u16string& out, char16_t unit) {
     out += u';';
 }
 
-/// The string with every unit that `needsReplacement` accepts replaced; itself when there is none.
-template <class NeedsReplacement, class AppendReplacement>
-std::u16string replaced(std::u16string string, NeedsReplacement needsReplacement, AppendReplacement appendReplacement) {
-    const auto first = std::ranges::find_if(string, needsReplacement);
-    if (first == string.end()) return string;
+/// The string with every member of `Set` replaced; itself when there is none.
+template <class Set, class AppendReplacement>
+std::u16string replaced(std::u16string string, AppendReplacement appendReplacement) {
+    const char16_t* at = string.data();
+    const char16_t* const end = at + string.size();
+    const char16_t* member = nextMember<Set>(at, end);
+    if (member == end) return string;
     std::u16string result;
     result.reserve(string.size() + string.size() / 4 + 8);
-    result.append(string.begin(), first);
-    for (auto unit = first; unit != string.end(); ++unit) {
-        if (needsReplacement(*unit)) {
-            appendReplacement(result, *unit);
-        } else {
-            result += *unit;
-        }
+    for (; member != end; member = nextMember<Set>(at, end)) {
+        result.append(at, member);
+        appendReplacement(result, *member);
+        at = member + 1;
     }
+    result.append(at, end);
     return result;
 }
 
-bool isBeyondAscii(char16_t unit) {
-    return unit >= 128;
+WideUnits is(WideUnits units, char16_t unit) {
+    return units == WideUnits::broadcast(unit);
 }
+
+struct BeyondAscii {
+    static bool contains(char16_t unit) { return unit >= 128; }
+    static WideUnits members(WideUnits units) { return within(units, 128, 0xFFFF); }
+};
 
 std::string_view standardEntity(char16_t unit) {
     switch (unit) {
@@ -57,6 +63,13 @@ std::string_view standardEntity(char16_t unit) {
             return {};
     }
 }
+
+struct MarkupSignificant {
+    static bool contains(char16_t unit) { return !standardEntity(unit).empty(); }
+    static WideUnits members(WideUnits units) {
+        return (is(units, u'"') | is(units, u'&')) | (is(units, u'<') | is(units, u'>'));
+    }
+};
 
 std::string_view jsonEscape(char16_t unit) {
     switch (unit) {
@@ -81,10 +94,18 @@ std::string_view jsonEscape(char16_t unit) {
     }
 }
 
+struct JsonEscaped {
+    static bool contains(char16_t unit) { return !jsonEscape(unit).empty(); }
+    static WideUnits members(WideUnits units) {
+        const WideUnits controls = andNot(within(units, u'\b', u'\r'), is(units, u'\v'));
+        return (is(units, u'\\') | is(units, u'"')) | (is(units, u'/') | controls);
+    }
+};
+
 }  // namespace
 
 std::u16string stringByConvertingCharactersToEntities(std::u16string string) {
-    return replaced(std::move(string), isBeyondAscii, [](std::u16string& out, char16_t unit) {
+    return replaced<BeyondAscii>(std::move(string), [](std::u16string& out, char16_t unit) {
         const std::string_view name = entityOfCharacter(unit);
         if (name.empty()) {
             appendNumber(out, unit);
@@ -97,19 +118,17 @@ std::u16string stringByConvertingCharactersToEntities(std::u16string string) {
 }
 
 std::u16string stringByConvertingHighCharactersToEntities(std::u16string string) {
-    return replaced(std::move(string), isBeyondAscii, appendNumber);
+    return replaced<BeyondAscii>(std::move(string), appendNumber);
 }
 
 std::u16string stringByConvertingCharactersToStandardEntities(std::u16string string) {
-    return replaced(
-        std::move(string), [](char16_t unit) { return !standardEntity(unit).empty(); },
-        [](std::u16string& out, char16_t unit) { appendAscii(out, standardEntity(unit)); });
+    return replaced<MarkupSignificant>(
+        std::move(string), [](std::u16string& out, char16_t unit) { appendAscii(out, standardEntity(unit)); });
 }
 
 std::u16string stringByConvertingCharactersToJSON(std::u16string string) {
-    return replaced(
-        std::move(string), [](char16_t unit) { return !jsonEscape(unit).empty(); },
-        [](std::u16string& out, char16_t unit) { appendAscii(out, jsonEscape(unit)); });
+    return replaced<JsonEscaped>(std::move(string),
+                                 [](std::u16string& out, char16_t unit) { appendAscii(out, jsonEscape(unit)); });
 }
 
 void initConversionTables() {

@@ -1,4 +1,4 @@
-// The entity decoder beside the plain form of its rules, in place and not.
+// Entities decoded and written, beside the plain form of the rules; decoding in place and not.
 #include "foundation/Unicode.h"
 #include "markup/Entities.h"
 #include "tests/markup/ReferenceEntities.h"
@@ -20,10 +20,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     std::u16string inPlace = source;
     inPlace.resize(convertEntities2Characters(inPlace.data(), inPlace.data(), 0, inPlace.size(), decoding));
     if (inPlace != decoded) std::abort();
-    if (stringByConvertingStandardEntitiesToCharacters(source).size() > source.size()) std::abort();
-    for (const char16_t unit : stringByConvertingCharactersToEntities(source)) {
-        if (unit >= 128) std::abort();
-    }
-    static_cast<void>(stringByConvertingCharactersToJSON(source));
+    std::u16string standard = source;
+    standard.resize(convertStdEntities2Characters(standard.data(), standard.data(), 0, standard.size()));
+    if (standard != reference::convertStandardEntities(source)) std::abort();
+    using namespace reference;
+    if (stringByConvertingCharactersToEntities(source) != convertUnits(source, entityOf)) std::abort();
+    if (stringByConvertingHighCharactersToEntities(source) != convertUnits(source, numberOf)) std::abort();
+    if (stringByConvertingCharactersToStandardEntities(source) != convertUnits(source, standardEntityOf)) std::abort();
+    if (stringByConvertingCharactersToJSON(source) != convertUnits(source, jsonEscapeOf)) std::abort();
     return 0;
 }

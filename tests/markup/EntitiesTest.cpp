@@ -1,7 +1,9 @@
 #include "foundation/Characters.h"
+#include "foundation/Json.h"
 #include "foundation/Unicode.h"
 #include "markup/Entities.h"
 #include "markup/EntityTable.h"
+#include "tests/markup/Corpus.h"
 #include "tests/markup/ReferenceEntities.h"
 
 #include <gtest/gtest.h>
@@ -118,6 +120,8 @@ TEST(Entities, TableHoldsEachNameAndCharacterOnce) {
     EXPECT_EQ(namedEntities().back().name, "euro");
     for (const char16_t missing : std::u16string_view(u"\"&<>\u00B8\u0192"))
         EXPECT_EQ(entityOfCharacter(missing), "");
+    for (const std::u16string_view missing : {u"quot", u"amp", u"lt", u"gt", u"cedil", u"fnof"})
+        EXPECT_EQ(characterOfEntity(missing), std::nullopt);
     // The low bytes of these units spell a name.
     EXPECT_EQ(characterOfEntity(u"\u0165\u0175\u0172\u016F"), std::nullopt);
 }
@@ -136,7 +140,7 @@ TEST(Entities, AgreeWithThePlainRules) {
         u"thetasym", u";",   u"#",  u"x",      u"X",    u"4",    u"1",    u"65",     u"3c",
         u"a",        u"é",   u" ",  u"\u0660", u"&#",   u"&#x",  u"&lt;", u"&quo",   u"&eacute"};
     std::mt19937 random(43);
-    for (int round = 0; round < 60000; ++round) {
+    for (int round = 0; round < 40000; ++round) {
         std::u16string source;
         for (std::size_t i = random() % 24; i > 0; --i)
             source += kPieces[random() % std::size(kPieces)];
@@ -149,6 +153,87 @@ TEST(Entities, AgreeWithThePlainRules) {
         std::u16string inPlace = source;
         inPlace.resize(convertEntities2Characters(inPlace.data(), inPlace.data(), 0, inPlace.size(), decoding));
         ASSERT_EQ(inPlace, expected) << shown(source);
+        ASSERT_EQ(shown(stringByConvertingStandardEntitiesToCharacters(source)),
+                  shown(source.size() < 4 ? source : reference::convertStandardEntities(source)))
+            << shown(source);
+    }
+}
+
+// Blocks and their rests: a reference, and every kind of unit, at every place in strings of every short length.
+TEST(Entities, AreFoundAndWrittenAtEveryPlace) {
+    std::mt19937 random(47);
+    static constexpr std::u16string_view kUnits =
+        u"&<>\"\\/\b\t\n\v\f\r\u0007\u000E\u007F\u0080é\u0192…\u4E2D\uFFFF";
+    for (std::size_t length = 0; length <= 200; ++length) {
+        std::u16string source(length, u'a');
+        for (std::size_t at = 0; at + 5 <= length; ++at) {
+            std::u16string one = source;
+            one.replace(at, 5, u"&amp;");
+            std::u16string expected = source.substr(4);
+            expected[at] = u'&';
+            ASSERT_EQ(stringByConvertingEntitiesToCharacters(one), expected);
+            ASSERT_EQ(stringByConvertingStandardEntitiesToCharacters(one), expected);
+        }
+        for (char16_t& unit : source) {
+            if (random() % 8 == 0) unit = kUnits[random() % kUnits.size()];
+        }
+        using namespace reference;
+        ASSERT_EQ(stringByConvertingCharactersToEntities(source), convertUnits(source, entityOf));
+        ASSERT_EQ(stringByConvertingHighCharactersToEntities(source), convertUnits(source, numberOf));
+        ASSERT_EQ(stringByConvertingCharactersToStandardEntities(source), convertUnits(source, standardEntityOf));
+        ASSERT_EQ(stringByConvertingCharactersToJSON(source), convertUnits(source, jsonEscapeOf));
+    }
+}
+
+TEST(Entities, PassWhatHasNoneWithoutCopying) {
+    const std::u16string text = std::u16string(300, u'a') + u"\u00E4 & b";
+    const auto isPassed = [](std::u16string source, auto convert) {
+        const char16_t* const units = source.data();
+        const std::u16string before = source;
+        const std::u16string after = convert(std::move(source));
+        return after.data() == units && after == before;
+    };
+    const auto decode = [](EntityDecoding decoding) {
+        return [=](std::u16string s) { return stringByConvertingEntitiesToCharacters(std::move(s), decoding); };
+    };
+    EXPECT_TRUE(isPassed(text, decode({.decodesSpecials = true})));
+    EXPECT_TRUE(isPassed(text, decode({.nonUmlauted = true})));
+    EXPECT_TRUE(isPassed(text, stringByConvertingStandardEntitiesToCharacters));
+    EXPECT_TRUE(isPassed(text, stringByConvertingCharactersToJSON));
+    const std::u16string ascii(300, u'a');
+    EXPECT_TRUE(isPassed(ascii, stringByConvertingCharactersToEntities));
+    EXPECT_TRUE(isPassed(ascii, stringByConvertingHighCharactersToEntities));
+    EXPECT_TRUE(isPassed(ascii, stringByConvertingCharactersToStandardEntities));
+}
+
+TEST(Entities, OfPagesAgreeWithThePlainRules) {
+    const auto files = filesUnder(corpusFolder("html-pages"));
+    if (files.empty()) GTEST_SKIP() << "no corpus";
+    unsigned mode = 0;
+    for (const auto& file : files) {
+        const std::u16string source = textOfFile(file);
+        ++mode;
+        const EntityDecoding decoding{
+            .decodesSpecials = (mode & 1) != 0, .onlyNumeric = mode % 5 == 0, .nonUmlauted = (mode & 2) != 0};
+        std::u16string decoded(source.size(), u'?');
+        decoded.resize(convertEntities2Characters(source.data(), decoded.data(), 0, source.size(), decoding));
+        EXPECT_TRUE(decoded == reference::convertEntities(source, decoding)) << file;
+    }
+}
+
+// The names of later HTML are those of HTML 4 and more; only the angle brackets have moved.
+TEST(Entities, TableIsThatOfHtml) {
+    const std::filesystem::path path = corpusFolder("entities") / "entities.json";
+    if (!std::filesystem::exists(path)) GTEST_SKIP() << "no corpus";
+    const auto list = valueFromJson(bytesOfFile(path));
+    ASSERT_TRUE(list && list->is<Dictionary>());
+    for (const NamedEntity& entity : namedEntities()) {
+        const std::u16string name = u"&" + std::u16string(entity.name.begin(), entity.name.end()) + u";";
+        const Value* const row = list->as<Dictionary>()->find(name);
+        ASSERT_NE(row, nullptr) << entity.name;
+        const bool hasMoved = entity.name == "lang" || entity.name == "rang";
+        EXPECT_EQ(*row->as<Dictionary>()->find(u"characters") == Value(std::u16string(1, entity.character)), !hasMoved)
+            << entity.name;
     }
 }
 

@@ -102,4 +102,62 @@ inline std::u16string convertEntities(const std::u16string& s, EntityDecoding de
     return result;
 }
 
+inline std::u16string convertStandardEntities(const std::u16string& s) {
+    std::u16string result;
+    for (std::size_t p = 0; p < s.size();) {
+        const std::u16string_view at = std::u16string_view(s).substr(p);
+        const bool sixthIsSemicolon = at.size() >= 6 && at[5] == u';';
+        if (sixthIsSemicolon && at.substr(0, 6) == u"&quot;") {
+            result += u'"', p += 6;
+        } else if (!sixthIsSemicolon && at.substr(0, 5) == u"&amp;") {
+            result += u'&', p += 5;
+        } else if (!sixthIsSemicolon && at.substr(0, 4) == u"&gt;") {
+            result += u'>', p += 4;
+        } else if (!sixthIsSemicolon && at.substr(0, 4) == u"&lt;") {
+            result += u'<', p += 4;
+        } else {
+            result += s[p++];
+        }
+    }
+    return result;
+}
+
+/// Every unit looked up on its own: what `replacement` gives for it, or the unit where that is nothing.
+template <class Replacement>
+std::u16string convertUnits(const std::u16string& s, Replacement replacement) {
+    std::u16string result;
+    for (const char16_t unit : s) {
+        const std::string text = replacement(unit);
+        if (text.empty()) result += unit;
+        result.append(text.begin(), text.end());
+    }
+    return result;
+}
+
+inline std::string numberOf(char16_t unit) {
+    return unit < 128 ? std::string() : "&#" + std::to_string(static_cast<unsigned>(unit)) + ";";
+}
+
+inline std::string entityOf(char16_t unit) {
+    for (const NamedEntity& entity : namedEntities()) {
+        if (entity.character == unit) return "&" + std::string(entity.name) + ";";
+    }
+    return numberOf(unit);
+}
+
+inline std::string replacementIn(std::string_view units, const char* const* replacements, char16_t unit) {
+    const std::size_t at = unit < 128 ? units.find(static_cast<char>(unit)) : std::string_view::npos;
+    return at == std::string_view::npos ? std::string() : std::string(replacements[at]);
+}
+
+inline std::string standardEntityOf(char16_t unit) {
+    static const char* const kReplacements[] = {"&quot;", "&amp;", "&lt;", "&gt;"};
+    return replacementIn("\"&<>", kReplacements, unit);
+}
+
+inline std::string jsonEscapeOf(char16_t unit) {
+    static const char* const kReplacements[] = {R"(\\)", R"(\")", R"(\/)", R"(\b)", R"(\t)", R"(\n)", R"(\f)", R"(\r)"};
+    return replacementIn("\\\"/\b\t\n\f\r", kReplacements, unit);
+}
+
 }  // namespace halden::reference
