@@ -137,20 +137,20 @@ TEST(CompressedData, StopsAtTheLimit) {
 TEST(CompressedData, OfTheCorpusIsAsZlibHasIt) {
     const char* corpus = std::getenv("QUARRY_CORPUS");
     if (corpus == nullptr) GTEST_SKIP() << "no corpus";
+    Bytes room(64U << 20);
     for (const auto& entry :
          std::filesystem::recursive_directory_iterator(std::filesystem::path(corpus) / "compress")) {
         if (!entry.is_regular_file()) continue;
         const auto data = Data::contentsOfFile(entry.path());
         if (!data || data->empty()) continue;
-        Bytes whole(64U << 20);
         z_stream stream{};
         ASSERT_EQ(inflateInit2(&stream, 15 + 32), Z_OK);
         stream.next_in = const_cast<Bytef*>(data->bytes());
         stream.avail_in = static_cast<uInt>(data->length());
-        stream.next_out = whole.data();
-        stream.avail_out = static_cast<uInt>(whole.size());
+        stream.next_out = room.data();
+        stream.avail_out = static_cast<uInt>(room.size());
         const bool sound = inflate(&stream, Z_FINISH) == Z_STREAM_END && stream.avail_in == 0;
-        whole.resize(stream.total_out);
+        const Bytes whole(room.begin(), room.begin() + static_cast<std::ptrdiff_t>(stream.total_out));
         inflateEnd(&stream);
         Bytes receiver;
         EXPECT_EQ(setDataByInflating(receiver, *data), sound) << entry.path();
