@@ -93,11 +93,13 @@ struct PlainTextState {
 /// The depth of a page that is converted whole: no end tag leads out of it.
 inline constexpr std::int64_t kWholeDocumentDepth = 0x3FFFFFFFFFFFFFFF;
 
-/// Handlers for a scan whose context is a PlainTextState.
+/// Handlers for a scan whose context is a PlainTextState, with room for twice the units of the scanned text in its
+/// output. The simple one decodes every entity, whatever the options say, and heeds `nonUmlauted` only.
 bool PlainTextHandler(const Tag& tag, void* context);
 bool SimplePlainTextHandler(const Tag& tag, void* context);
 
 /// Appends a run of text: decodes its entities, makes white space single spaces, separates it from what is written.
+/// Writes one unit more than the run has, at most. A run of nothing only says whether a space is pending.
 void appendRangeToPlainText(PlainTextState& state, std::u16string_view run);
 
 /// Converts with one of the handlers above.

@@ -3,6 +3,7 @@
 #include "foundation/Characters.h"
 #include "foundation/Strings.h"
 #include "foundation/WideUnits.h"
+#include "markup/Entities.h"
 #include "markup/Html2Text.h"
 #include "markup/PlainTextWriter.h"
 #include "markup/TagAttributes.h"
@@ -366,8 +367,9 @@ bool SimplePlainTextHandler(const Tag& tag, void* context) {
         state.bodyContentSeen = true;
         if (!run.empty()) {
             *state.write++ = u' ';
-            const std::u16string_view decoded = decodedRun(state, run);
-            state.write = std::copy(decoded.begin(), decoded.end(), state.write);
+            state.write +=
+                convertEntities2Characters(run.data(), state.write, 0, run.size(),
+                                           {.decodesSpecials = true, .nonUmlauted = state.options.nonUmlauted});
         }
     }
     switch (tagNameKey(tag.name())) {

@@ -190,14 +190,14 @@ void appendRangeToPlainText(PlainTextState& state, std::u16string_view run) {
     }
     run = decodedRun(state, run);
     const bool isPreformatted = !state.collapsesWhiteSpace;
+    const std::u16string_view trimmed = isPreformatted ? run : trimmedRun(run);
+    if (trimmed.empty()) {
+        state.spacePending = !isPreformatted;
+        return;
+    }
     bool beginsWhite = false;
     bool endsWhite = false;
     if (!isPreformatted) {
-        const std::u16string_view trimmed = trimmedRun(run);
-        if (trimmed.empty()) {
-            state.spacePending = true;
-            return;
-        }
         beginsWhite = trimmed.data() != run.data();
         endsWhite = trimmed.data() + trimmed.size() != run.data() + run.size();
         run = trimmed;

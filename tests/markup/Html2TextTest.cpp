@@ -179,6 +179,27 @@ TEST(PlainText, IsThePageItselfWithoutContent) {
     EXPECT_EQ(shown(stringByConvertingHtml2ReformattedPlainText(u"<pre>a\nb")), "\n\na b");
 }
 
+// It has no regard for what else the options say about entities, nor for how short a run is.
+TEST(PlainText, SimplifiedDecodesEveryEntity) {
+    const auto simplified = [](std::u16string_view html, PlainTextOptions options) {
+        return shown(convertHtml2PlainTextUsingHandler(std::u16string(html), SimplePlainTextHandler, options));
+    };
+    EXPECT_EQ(simplified(u"&lt;&eacute;t&eacute;&gt; <b>&lt<i>\u00FC", {}), " <été>  < ü");
+    EXPECT_EQ(simplified(u"&eacute;t\u00E9", {.nonUmlauted = true}), " ete");
+}
+
+TEST(PlainText, TakesARunOfNothing) {
+    char16_t buffer[8];
+    PlainTextState state{.output = buffer, .write = buffer, .breakMark = buffer, .options = kDecoding};
+    appendRangeToPlainText(state, u"");
+    EXPECT_TRUE(state.spacePending);
+    state.collapsesWhiteSpace = false;
+    appendRangeToPlainText(state, u"");
+    EXPECT_FALSE(state.spacePending);
+    EXPECT_FALSE(state.lineHasText);
+    EXPECT_EQ(state.write, buffer);
+}
+
 // A block of units is copied at once where it can be; white space and letters of every kind around its edges must come
 // out as they do one by one.
 TEST(PlainText, CollapsesWhiteSpaceAtEveryPlace) {
