@@ -39,8 +39,8 @@ inline constexpr int kDefaultCompressionLevel = -1;
 
 inline constexpr std::size_t kNoInflationLimit = SIZE_MAX;
 
-/// Replaces `receiver` by the inflated bytes. On failure it holds what was inflated before, but is untouched where
-/// nothing could be tried.
+/// Replaces `receiver` by the inflated bytes; `bytes` must not be its own. On failure it holds what was inflated before
+/// (past `limit` by less than 16 KB at most), but is untouched where nothing could be tried.
 bool setDataByInflatingBytes(std::vector<std::uint8_t>& receiver, std::span<const std::uint8_t> bytes,
                              std::size_t limit = kNoInflationLimit);
 bool setDataByInflating(std::vector<std::uint8_t>& receiver, const Data& data, std::size_t limit = kNoInflationLimit);
