@@ -137,6 +137,7 @@ std::optional<Dictionary> MetaDataImporter::metaDataOfFileAtPath(std::optional<s
     if (!path) return std::nullopt;
     if (auto attributes = resultOfImporter(*path)) {
         if (cleanUp_) cleanUp_(*attributes, *path);
+        if (attributes->empty()) return std::nullopt;
         return attributes;
     }
     return fallback_ ? fallback_(*path) : std::nullopt;

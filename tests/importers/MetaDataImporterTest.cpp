@@ -267,6 +267,10 @@ TEST_F(MetaDataImporterTest, CleanUpSeesResultsAndTheFallbackStandsInForNone) {
         EXPECT_EQ(importer.metaDataOfFileAtPath(path), (Dictionary{{u"fallback", path}}));
     }
     EXPECT_FALSE(importer.metaDataOfFileAtPath(std::nullopt));
+
+    // What the clean-up leaves nothing of is no result, and nothing stands in for it.
+    importer.setResultCleanUp([](Dictionary& attributes, std::u16string_view) { attributes = Dictionary(); });
+    EXPECT_EQ(importer.metaDataOfFileAtPath(file("a.qgood")), std::nullopt);
 }
 
 TEST(SharedImporter, IsKeptUntilItIsReleased) {
