@@ -58,14 +58,19 @@ std::optional<std::u16string> WebResource::documentSource() const {
                                         URL ? URL->absoluteString() : std::u16string());
 }
 
-std::optional<WebArchive> WebArchive::archiveWithValue(const Value& value) {
+std::optional<WebArchive> WebArchive::archiveWithValue(const Value& value, std::size_t& budget) {
     const auto* dictionary = value.as<Dictionary>();
     if (dictionary == nullptr) return std::nullopt;
     const auto* main = entryOf<Dictionary>(*dictionary, u"WebMainResource");
     const auto* frames = entryOf<halden::Array>(*dictionary, u"WebSubframeArchives");
     if (main == nullptr && frames == nullptr) return std::nullopt;
     WebArchive archive;
-    if (main != nullptr) archive.mainResource_ = resourceWithDictionary(*main);
+    if (main != nullptr) {
+        archive.mainResource_ = resourceWithDictionary(*main);
+        const std::size_t length = archive.mainResource_->data.length();
+        if (length > budget) return std::nullopt;
+        budget -= length;
+    }
     if (const auto* resources = entryOf<halden::Array>(*dictionary, u"WebSubresources")) {
         for (const Value& resource : *resources) {
             const auto* entries = resource.as<Dictionary>();
@@ -74,7 +79,7 @@ std::optional<WebArchive> WebArchive::archiveWithValue(const Value& value) {
     }
     if (frames != nullptr) {
         for (const Value& frame : *frames) {
-            if (auto inner = archiveWithValue(frame)) archive.subframeArchives_.push_back(*std::move(inner));
+            if (auto inner = archiveWithValue(frame, budget)) archive.subframeArchives_.push_back(*std::move(inner));
         }
     }
     return archive;
@@ -83,7 +88,10 @@ std::optional<WebArchive> WebArchive::archiveWithValue(const Value& value) {
 std::optional<WebArchive> WebArchive::archiveWithData(const Data& data) {
     if (data.empty()) return std::nullopt;
     const std::optional<Value> value = halden::propertyListFromData(data);
-    return value ? archiveWithValue(*value) : std::nullopt;
+    if (!value) return std::nullopt;
+    constexpr std::size_t kMostOften = 16;
+    std::size_t budget = std::max(kSharedDataLimit, kMostOften * data.length());
+    return archiveWithValue(*value, budget);
 }
 
 std::optional<WebArchive> WebArchive::archiveOfFile(std::u16string_view path) {

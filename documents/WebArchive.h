@@ -5,6 +5,7 @@
 #include "foundation/Url.h"
 #include "foundation/Value.h"
 
+#include <cstddef>
 #include <optional>
 #include <span>
 #include <string>
@@ -32,7 +33,11 @@ class WebArchive {
 public:
     /// The archive that a property list (in any form) holds; nullopt when it is none: no dictionary, or one with
     /// neither a main resource nor frames. Frames deeper than the property list reader goes are no archive either.
+    /// Frames may share a block of data that stands in the property list once; they are left out from where the main
+    /// resources together would have more than 16 times the bytes of `data`, and more than kSharedDataLimit.
     [[nodiscard]] static std::optional<WebArchive> archiveWithData(const halden::Data& data);
+
+    static constexpr std::size_t kSharedDataLimit = std::size_t{64} << 20;
 
     [[nodiscard]] static std::span<const std::u16string_view> webArchiveFileTypes() noexcept;
     /// "webarchive" in any case.
@@ -69,7 +74,7 @@ public:
     void appendSearchableTextTo(std::u16string& text) const;
 
 private:
-    [[nodiscard]] static std::optional<WebArchive> archiveWithValue(const halden::Value& value);
+    [[nodiscard]] static std::optional<WebArchive> archiveWithValue(const halden::Value& value, std::size_t& budget);
     [[nodiscard]] static std::optional<WebArchive> archiveOfFile(std::u16string_view path);
 
     std::optional<WebResource> mainResource_;

@@ -12,6 +12,7 @@
 #include <fstream>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace quarry {
 namespace {
@@ -73,6 +74,46 @@ TEST(WebArchive, SourceIsDecodedAsTheArchiveSays) {
     // A string that the archive has already decoded is taken as it is.
     EXPECT_EQ(source(u"text/html", Value(u"caf\u00C3\u00A9"), u"UTF-8"), u"caf\u00C3\u00A9");
     EXPECT_EQ(source(u"text/html", Value(u"")), u"");
+}
+
+std::string bigEndian(std::size_t number, int length) {
+    std::string result;
+    for (int shift = 8 * (length - 1); shift >= 0; shift -= 8)
+        result += static_cast<char>(number >> shift & 0xFF);
+    return result;
+}
+
+/// A binary property list of these objects, which name one another by one byte each; the first is the root.
+Data propertyListOf(const std::vector<std::string>& objects) {
+    std::string list = "bplist00";
+    std::string offsets;
+    for (const std::string& object : objects) {
+        offsets += bigEndian(list.size(), 4);
+        list += object;
+    }
+    const std::size_t table = list.size();
+    list += offsets + bigEndian(0x0401, 8) + bigEndian(objects.size(), 8) + bigEndian(0, 8) + bigEndian(table, 8);
+    return Data::copying(list);
+}
+
+// A block of data stands in the list once, however many frames name it: a small file could ask for endless work.
+TEST(WebArchive, LeavesFramesOutThatShareTooMuchData) {
+    constexpr std::size_t kLength = std::size_t{1} << 20;
+    const auto text = [](std::string_view ascii) {
+        return "\x5F\x10" + bigEndian(ascii.size(), 1) + std::string(ascii);
+    };
+    const Data list = propertyListOf({
+        std::string("\xD1\x01\x02"),
+        text("WebSubframeArchives"),
+        "\xAF\x10" + bigEndian(100, 1) + std::string(100, '\x03'),
+        std::string("\xD1\x04\x05"),
+        text("WebMainResource"),
+        std::string("\xD1\x06\x07"),
+        text("WebResourceData"),
+        "\x4F\x12" + bigEndian(kLength, 4) + std::string(kLength, 'x'),
+    });
+    const WebArchive page = WebArchive::archiveWithData(list).value();
+    EXPECT_EQ(page.subframeArchives().size(), WebArchive::kSharedDataLimit / kLength);
 }
 
 TEST(WebArchive, FindsResourcesAndFramesByUrl) {
