@@ -14,6 +14,7 @@ namespace {
 namespace fs = std::filesystem;
 using halden::ConnectionFailure;
 using halden::Data;
+using halden::Dictionary;
 using halden::Value;
 
 class HelperProcessTest : public test::HelperTest {};
@@ -43,10 +44,21 @@ TEST_F(HelperProcessTest, OperationsWithoutEngineAnswerNilOrNo) {
     EXPECT_FALSE(helper.imageWithContentsOfFile(path, {.stringFromPDF = true}));
     EXPECT_FALSE(helper.attributedStringWithPDF(Data::copying("x"), {}));
     EXPECT_FALSE(helper.posterImageForMovieWithFile(path));
-    EXPECT_FALSE(helper.attributedStringWithContentsOfFile(path));
-    EXPECT_FALSE(helper.searchableTextOfWebArchive(path));
-    EXPECT_FALSE(helper.writeRTFDDataToFile(Data::copying("x"), path));
     EXPECT_FALSE(helper.RTFDWithHTML(Data::copying("x"), std::nullopt, u"utf-8", {}));
+}
+
+TEST_F(HelperProcessTest, WebArchivesGiveTheirText) {
+    auto helper = proxy();
+    const auto archive =
+        file("a.webarchive",
+             "<plist><dict><key>WebMainResource</key><dict><key>WebResourceMIMEType</key><string>text/html</string>"
+             "<key>WebResourceURL</key><string>http://h/</string><key>WebResourceData</key><data>PHA+eCAmbHQ7</data></"
+             "dict></dict></plist>");
+    EXPECT_EQ(
+        helper.searchableTextOfWebArchive(archive),
+        (Dictionary{{u"String", Value(u"\n\nx <")}, {u"Source", Value(u"<p>x &lt;")}, {u"URL", Value(u"http://h/")}}));
+    EXPECT_EQ(helper.searchableTextOfWebArchive(file("a.txt")), Dictionary());
+    EXPECT_EQ(helper.searchableTextOfWebArchive(u"/no/such/file"), Dictionary());
 }
 
 TEST_F(HelperProcessTest, RespondsToItsTenSelectorsInOrder) {
