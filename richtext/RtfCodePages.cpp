@@ -161,8 +161,9 @@ void fillUnits(std::array<char16_t, 256>& units, CFStringEncoding encoding) {
     for (unsigned i = 0; i < 256; ++i) {
         const char byte = static_cast<char>(i);
         DecodeResult result;
-        const std::u16string unit = decodedText({&byte, 1}, encoding, 1, result);
-        units[i] = unit.size() == 1 ? unit[0] : kReplacementCharacter;
+        // Symbols may be followed by a mark that tells variants apart; the symbol is what counts.
+        const std::u16string unit = decodedText({&byte, 1}, encoding, 4, result);
+        units[i] = unit.empty() ? kReplacementCharacter : unit[0];
     }
 }
 
@@ -268,7 +269,7 @@ void RtfCodePage::decode(std::string_view bytes, std::u16string& out) const {
         const char* source = bytes.data();
         UErrorCode error = U_ZERO_ERROR;
         ucnv_toUnicode(converter_.get(), &target, out.data() + out.size(), &source, source + length, nullptr,
-                       length == bytes.size(), &error);
+                       static_cast<UBool>(length == bytes.size() ? 1 : 0), &error);
         out.resize(static_cast<std::size_t>(target - out.data()));
         bytes.remove_prefix(length);
     }

@@ -50,7 +50,10 @@ void RtfFont::takeScriptFromName() {
 }
 
 void RtfFont::resolveCodePage(int stated) {
-    if (charset == 2) {
+    // Files of before character sets tell symbol fonts by their family alone.
+    const bool isOldSymbol =
+        charset < 0 && family == RtfFontFamily::technical && codePageOfSymbolFont(name) != kCodePagePrivateSymbol;
+    if (charset == 2 || isOldSymbol) {
         codePage = codePageOfSymbolFont(name);
     } else if (charset == 0) {
         codePage = stated > 0 ? stated : 1252;

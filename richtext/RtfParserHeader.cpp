@@ -20,39 +20,39 @@ std::int64_t daysFromCivil(std::int64_t year, std::int64_t month, std::int64_t d
 
 /// Words that state one number each; without one they state the other.
 struct PropertyRow {
-    RtfWord word;
     std::int32_t RtfDocumentProperties::*property;
+    RtfWord word;
     std::int32_t withoutNumber = 0;
 };
 
 constexpr PropertyRow kProperties[] = {
-    {RtfWord::deff, &RtfDocumentProperties::defaultFont},
-    {RtfWord::adeff, &RtfDocumentProperties::defaultAssociatedFont},
-    {RtfWord::paperw, &RtfDocumentProperties::paperWidth},
-    {RtfWord::paperh, &RtfDocumentProperties::paperHeight},
-    {RtfWord::margl, &RtfDocumentProperties::leftMargin},
-    {RtfWord::margr, &RtfDocumentProperties::rightMargin},
-    {RtfWord::margt, &RtfDocumentProperties::topMargin},
-    {RtfWord::margb, &RtfDocumentProperties::bottomMargin},
-    {RtfWord::deftab, &RtfDocumentProperties::tabInterval},
-    {RtfWord::viewkind, &RtfDocumentProperties::viewKind},
-    {RtfWord::viewscale, &RtfDocumentProperties::viewScale},
-    {RtfWord::vieww, &RtfDocumentProperties::viewWidth},
-    {RtfWord::viewh, &RtfDocumentProperties::viewHeight},
-    {RtfWord::readonlydoc, &RtfDocumentProperties::readOnly, 1},
-    {RtfWord::hyphauto, &RtfDocumentProperties::hyphenation, 1},
-    {RtfWord::hyphfactor, &RtfDocumentProperties::hyphenationFactor},
-    {RtfWord::cocoartf, &RtfDocumentProperties::cocoaVersion},
-    {RtfWord::cocoasubrtf, &RtfDocumentProperties::cocoaSubversion},
-    {RtfWord::cocoatextscaling, &RtfDocumentProperties::textScaling},
-    {RtfWord::cocoascreenfonts, &RtfDocumentProperties::screenFonts, 1},
+    {&RtfDocumentProperties::defaultFont, RtfWord::deff},
+    {&RtfDocumentProperties::defaultAssociatedFont, RtfWord::adeff},
+    {&RtfDocumentProperties::paperWidth, RtfWord::paperw},
+    {&RtfDocumentProperties::paperHeight, RtfWord::paperh},
+    {&RtfDocumentProperties::leftMargin, RtfWord::margl},
+    {&RtfDocumentProperties::rightMargin, RtfWord::margr},
+    {&RtfDocumentProperties::topMargin, RtfWord::margt},
+    {&RtfDocumentProperties::bottomMargin, RtfWord::margb},
+    {&RtfDocumentProperties::tabInterval, RtfWord::deftab},
+    {&RtfDocumentProperties::viewKind, RtfWord::viewkind},
+    {&RtfDocumentProperties::viewScale, RtfWord::viewscale},
+    {&RtfDocumentProperties::viewWidth, RtfWord::vieww},
+    {&RtfDocumentProperties::viewHeight, RtfWord::viewh},
+    {&RtfDocumentProperties::readOnly, RtfWord::readonlydoc, 1},
+    {&RtfDocumentProperties::hyphenation, RtfWord::hyphauto, 1},
+    {&RtfDocumentProperties::hyphenationFactor, RtfWord::hyphfactor},
+    {&RtfDocumentProperties::cocoaVersion, RtfWord::cocoartf},
+    {&RtfDocumentProperties::cocoaSubversion, RtfWord::cocoasubrtf},
+    {&RtfDocumentProperties::textScaling, RtfWord::cocoatextscaling},
+    {&RtfDocumentProperties::screenFonts, RtfWord::cocoascreenfonts, 1},
 };
 
 // The page of the first section stands for the document's where the document states none.
 constexpr PropertyRow kSectionProperties[] = {
-    {RtfWord::pgwsxn, &RtfDocumentProperties::paperWidth},   {RtfWord::pghsxn, &RtfDocumentProperties::paperHeight},
-    {RtfWord::marglsxn, &RtfDocumentProperties::leftMargin}, {RtfWord::margrsxn, &RtfDocumentProperties::rightMargin},
-    {RtfWord::margtsxn, &RtfDocumentProperties::topMargin},  {RtfWord::margbsxn, &RtfDocumentProperties::bottomMargin},
+    {&RtfDocumentProperties::paperWidth, RtfWord::pgwsxn},   {&RtfDocumentProperties::paperHeight, RtfWord::pghsxn},
+    {&RtfDocumentProperties::leftMargin, RtfWord::marglsxn}, {&RtfDocumentProperties::rightMargin, RtfWord::margrsxn},
+    {&RtfDocumentProperties::topMargin, RtfWord::margtsxn},  {&RtfDocumentProperties::bottomMargin, RtfWord::margbsxn},
 };
 
 }  // namespace

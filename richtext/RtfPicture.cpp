@@ -7,14 +7,16 @@
 namespace halden {
 namespace {
 
-constexpr std::array<std::int8_t, 256> kHexValues = [] {
-    std::array<std::int8_t, 256> table{};
-    table.fill(-1);
-    for (int i = 0; i < 10; ++i)
-        table[static_cast<std::size_t>('0' + i)] = static_cast<std::int8_t>(i);
-    for (int i = 0; i < 6; ++i) {
-        table[static_cast<std::size_t>('a' + i)] = static_cast<std::int8_t>(10 + i);
-        table[static_cast<std::size_t>('A' + i)] = static_cast<std::int8_t>(10 + i);
+// The values of hexadecimal digits; kNoDigit for every other byte.
+constexpr std::uint8_t kNoDigit = 0xFF;
+constexpr std::array<std::uint8_t, 256> kHexValues = [] {
+    std::array<std::uint8_t, 256> table{};
+    table.fill(kNoDigit);
+    for (std::uint8_t i = 0; i < 10; ++i)
+        table[std::size_t{'0'} + i] = i;
+    for (std::uint8_t i = 0; i < 6; ++i) {
+        table[std::size_t{'a'} + i] = static_cast<std::uint8_t>(10 + i);
+        table[std::size_t{'A'} + i] = static_cast<std::uint8_t>(10 + i);
     }
     return table;
 }();
@@ -135,10 +137,9 @@ RtfPictureKind kindOf(const Bytes& bytes, RtfPictureKind stated) {
 }  // namespace
 
 void RtfPicture::appendHex(std::string_view text) {
-    bytes_.reserve(std::max(bytes_.capacity(), bytes_.size() + 1));
     for (const char c : text) {
-        const int value = kHexValues[static_cast<std::uint8_t>(c)];
-        if (value < 0) continue;
+        const std::uint8_t value = kHexValues[static_cast<std::uint8_t>(c)];
+        if (value == kNoDigit) continue;
         if (highNibble_ < 0) {
             highNibble_ = value;
         } else {

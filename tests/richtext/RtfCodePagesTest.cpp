@@ -41,7 +41,7 @@ TEST(RtfCodePages, DecodeTheirBytes) {
         {65001, "\xF0\x9F\x98\x80", u"\U0001F600"},
         {932, "\x93", u"\uFFFD"},
         {31337, "\xE9", u"\u00E9"},
-        {kCodePageSymbol, "a\xB7", u"\u03B1\u2022"},
+        {kCodePageSymbol, "a\xB7\xD3\xE3", u"\u03B1\u2022\u00A9\u00A9"},
         {kCodePageWingdings, "\xFC\x80", u"\u2713\u24EA"},
         {kCodePagePrivateSymbol, "a", u"\uF061"},
         {kCodePageNextStep, "\xD0", u"\u2014"},

@@ -105,6 +105,7 @@ TEST(RtfText, DecodesBytesByTheFontAndTheDocument) {
         {"{\\fonttbl{\\f1\\fcharset129 A;}}\\f1 \\'c7\\'d1", "한"},
         // Right-to-left text is in the associated font.
         {"{\\fonttbl{\\f1\\fcharset0 A;}{\\f2\\fcharset177 B;}}\\ltrch\\f1\\rtlch\\af2 \\'e0\\ltrch \\'e0", "אà"},
+        {"{\\fonttbl{\\f1\\ftech Symbol;}{\\f2\\ftech Other;}}\\f1 a\\f2 a", "αa"},
         // Symbol fonts, in bytes and in private units.
         {"{\\fonttbl{\\f1\\fcharset2 Symbol;}{\\f2\\fcharset2 Wingdings;}}\\f1 \\'b7a\\f2 \\'fc", "•α✓"},
         {"{\\fonttbl{\\f1\\fcharset2 Symbol;}}\\f1 \\u-3913 ?", "•"},
