@@ -2,7 +2,6 @@
 #include "foundation/Unicode.h"
 #include "richtext/RtfParser.h"
 
-#include <algorithm>
 #include <utility>
 
 namespace halden {

@@ -2,7 +2,7 @@
 // LibreOffice makes of them.
 #include "foundation/Data.h"
 #include "foundation/Unicode.h"
-#include "richtext/RtfContent.h"
+#include "richtext/RtfReader.h"
 
 #include <gtest/gtest.h>
 
@@ -59,15 +59,16 @@ TEST(RtfCorpus, FilesHaveTheTextThatLibreOfficeReads) {
         const bool hasReason = reasonStart < line.size();
         const auto data = Data::contentsOfFile((fs::path(folder) / "richtext" / "rtf" / name).string());
         if (!data) continue;  // a corpus may have a part of the files
-        const auto content = parsedRtf(data->view());
-        EXPECT_EQ(content.has_value(), hash != "nil") << name;
-        if (!content) continue;
+        const auto document = documentFromRtf(data->view());
+        EXPECT_EQ(document.has_value(), hash != "nil") << name;
+        if (!document) continue;
         ++files;
         std::uint64_t expected = 0;
         std::from_chars(hash.data(), hash.data() + hash.size(), expected, 16);
-        const bool isEqual = fnv1a(utf8FromUtf16(comparable(content->text))) == expected;
+        const bool isEqual = fnv1a(utf8FromUtf16(comparable(document->text.string()))) == expected;
         equal += isEqual ? 1 : 0;
-        EXPECT_EQ(isEqual, !hasReason) << name << "\n" << utf8FromUtf16(comparable(content->text)).substr(0, 2000);
+        EXPECT_EQ(isEqual, !hasReason) << name << "\n"
+                                       << utf8FromUtf16(comparable(document->text.string())).substr(0, 2000);
     }
     RecordProperty("files", files);
     RecordProperty("equal", equal);
@@ -84,10 +85,11 @@ TEST(RtfCorpus, PackagesAreRead) {
             if (!data) continue;
             const std::size_t start = data->view().find("{\\rtf");
             if (start == std::string_view::npos) continue;
-            const auto content = parsedRtf(data->view().substr(start));
-            ASSERT_TRUE(content) << entry.path();
-            EXPECT_TRUE(isWellFormed(content->text)) << entry.path();
-            EXPECT_FALSE(comparable(content->text).empty() && content->attachments.empty()) << entry.path();
+            const auto document = documentFromRtf(data->view().substr(start));
+            ASSERT_TRUE(document) << entry.path();
+            EXPECT_TRUE(isWellFormed(document->text.string())) << entry.path();
+            EXPECT_FALSE(comparable(document->text.string()).empty() && document->text.attachments().empty())
+                << entry.path();
         }
     }
 }

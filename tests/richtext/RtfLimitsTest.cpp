@@ -1,4 +1,5 @@
 // Nothing in a file makes the reader recurse, allocate or loop without bound.
+#include "richtext/RtfReader.h"
 #include "tests/richtext/RtfTesting.h"
 
 #include <gtest/gtest.h>
@@ -144,6 +145,9 @@ TEST(RtfLimits, ReadEveryBeginningOfADocument) {
             if (!content) continue;
             ASSERT_TRUE(content->text.empty() || content->runs.back().end == content->text.size()) << length;
             ASSERT_TRUE(content->text.empty() || content->paragraphs.back().end == content->text.size()) << length;
+            const AttributedString text = documentFromRtf(std::string_view(sample).substr(0, length)).value().text;
+            ASSERT_TRUE(text.empty() || text.characterRuns().back().end == text.length()) << length;
+            ASSERT_TRUE(text.empty() || text.paragraphRuns().back().end == text.length()) << length;
             // More of a file gives more of its text, but for a placeholder, a marker or a byte not yet complete.
             EXPECT_GE(content->text.size() + 3, before) << length;
             before = content->text.size();
