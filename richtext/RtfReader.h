@@ -6,10 +6,11 @@
 // deleted text. The text of shapes stands in paragraphs of its own where the shape is anchored.
 //
 // Limits, so that nothing in a file makes the reader recurse, allocate or loop without bound (RtfContent.h, RtfTables.h
-// and RtfHeaderTables.h have their names): 1 GiB of file, 4096 groups inside one another, 65536 kinds of character and
-// as many of paragraph formatting, 65536 attachments, 65536 colours, 8192 fonts, styles and lists each, 9 levels of a
-// list, 16 styles based on one another, 64 tab stops, 1024 cells of a row, 32 tables inside one another, 65536 units of
-// a name. What exceeds a limit is left out, and reading goes on. Time and memory grow with the length of the file.
+// and RtfHeaderTables.h have their names): 1 GiB of file; 4096 groups inside one another; 65536 kinds of character and
+// as many of paragraph formatting; 65536 attachments; 65536 colours; 8192 fonts, styles and lists each; 9 levels of a
+// list; 16 styles based on one another; 64 tab stops; 1048576 cells, 1024 of a row; 32 tables inside one another; 65536
+// units of a name. What exceeds a limit is left out, and reading goes on. Time and memory grow with the length of the
+// file.
 #pragma once
 
 #include "richtext/AttributedString.h"

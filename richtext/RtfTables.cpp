@@ -83,7 +83,8 @@ std::int32_t RtfTables::openCell(Level& level) {
 }
 
 std::int32_t RtfTables::cellOfParagraph(std::int32_t level) {
-    const auto wanted = static_cast<std::size_t>(std::clamp(level, 0, kMaxNesting));
+    const bool isFull = cells_.size() + kMaxNesting >= kMaxCells;
+    const auto wanted = static_cast<std::size_t>(isFull ? 0 : std::clamp(level, 0, kMaxNesting));
     if (open_.size() > wanted) open_.resize(wanted);
     ++tablesAllowed_;
     while (open_.size() < wanted && tablesAllowed_ > 0) {

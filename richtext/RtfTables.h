@@ -103,6 +103,8 @@ public:
     /// How many tables may begin before their number is held to that of the paragraphs: tables inside tables cost more
     /// memory than the words that ask for them.
     static constexpr std::int64_t kMaxTablesAhead = 1024;
+    /// Cells of a document; paragraphs of further ones lie outside of tables.
+    static constexpr std::size_t kMaxCells = std::size_t{1} << 20;
 
     struct Cell {
         std::int32_t row = 0;    // of rows()
@@ -121,7 +123,8 @@ public:
         std::int32_t columnCount = 1;     // after resolve()
     };
 
-    /// The cell in which a paragraph of `level` lies now, -1 for level 0. Tables deeper than `level` end; missing ones
+    /// The cell in which a paragraph of `level` lies now, -1 for level 0 and beyond
+    /// `kMaxCells`. Tables deeper than `level` end; missing ones
     /// begin. Levels beyond `kMaxNesting`, and those for which
     /// there may be no more tables, count as the deepest that there is.
     std::int32_t cellOfParagraph(std::int32_t level);

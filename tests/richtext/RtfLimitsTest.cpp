@@ -81,6 +81,13 @@ TEST(RtfLimits, BoundTheNestingOfTables) {
     EXPECT_LE(many.tables.cells().size(), 20000u + static_cast<std::size_t>(RtfTables::kMaxTablesAhead));
 }
 
+TEST(RtfLimits, BoundCells) {
+    const RtfContent content = contentOf(repeated("\\cell", RtfTables::kMaxCells + 100));
+    EXPECT_LE(content.tables.cells().size(), RtfTables::kMaxCells);
+    EXPECT_EQ(content.paragraphs.size(), RtfTables::kMaxCells + 100);
+    EXPECT_EQ(content.paragraphs.back().cell, -1);
+}
+
 TEST(RtfLimits, BoundAttachments) {
     const RtfContent content = contentOf("{\\v a}" + repeated("{\\NeXTGraphic a}", kMaxRtfAttachments + 5) + "\\b b");
     EXPECT_EQ(content.attachments.size(), kMaxRtfAttachments);
