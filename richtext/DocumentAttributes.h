@@ -1,6 +1,14 @@
 // The platform's keys of document attributes, with the kinds of their values.
+//
+// Numbers that are documented as floats are doubles rounded to single precision. A dictionary may come from elsewhere:
+// reading a value that is missing, or of another kind than documented, gives nothing.
 #pragma once
 
+#include "foundation/Geometry.h"
+#include "foundation/Value.h"
+#include "richtext/AttributedString.h"
+
+#include <optional>
 #include <string_view>
 
 namespace halden {
@@ -49,5 +57,27 @@ inline constexpr std::u16string_view kWordMLDocumentType = u"NSWordML";
 inline constexpr std::u16string_view kWebArchiveDocumentType = u"NSWebArchive";
 inline constexpr std::u16string_view kOfficeOpenXmlDocumentType = u"NSOfficeOpenXML";
 inline constexpr std::u16string_view kOpenDocumentDocumentType = u"NSOpenDocument";
+
+/// The type of rich text with attachments, in place of what the attributes said.
+void setRtfdType(Dictionary& attributes);
+
+/// An integer, a double or a truth value (0 or 1); never NaN or infinite.
+[[nodiscard]] std::optional<double> numberAttribute(const Dictionary& attributes, std::u16string_view key) noexcept;
+/// A view of the string in `attributes`; empty without one.
+[[nodiscard]] std::u16string_view stringAttribute(const Dictionary& attributes, std::u16string_view key) noexcept;
+[[nodiscard]] std::optional<Size> sizeAttribute(const Dictionary& attributes, std::u16string_view key);
+
+/// The inverse of `NSStringFromSize`: two finite decimal numbers in braces, a comma between them, blanks wherever.
+[[nodiscard]] std::optional<Size> sizeFromString(std::u16string_view text);
+
+/// An array of four doubles: red, green and blue in sRGB, and alpha.
+[[nodiscard]] Value valueFromColor(const Color& color);
+/// nullopt unless `value` is such an array. Components are cut to 0 to 1.
+[[nodiscard]] std::optional<Color> colorFromValue(const Value& value);
+
+/// A dictionary with the PostScript name under "NSFontNameAttribute" and the size under "NSFontSizeAttribute".
+[[nodiscard]] Value valueFromFont(const Font& font);
+/// nullopt unless `value` is such a dictionary with a name and a size above 0. Family and style follow from the name.
+[[nodiscard]] std::optional<Font> fontFromValue(const Value& value);
 
 }  // namespace halden
