@@ -153,9 +153,9 @@ struct ParagraphAttributes {
     double tighteningFactor = 0;
     double hyphenationFactor = 0;
     int headerLevel = 0;  // 1 to 6 for headings
-    std::vector<TabStop> tabStops;
-    std::vector<std::shared_ptr<const TextList>> lists;  // outermost first
-    std::vector<TextTableBlock> blocks;                  // outermost first
+    std::vector<TabStop> tabStops{};
+    std::vector<std::shared_ptr<const TextList>> lists{};  // outermost first
+    std::vector<TextTableBlock> blocks{};                  // outermost first
     friend bool operator==(const ParagraphAttributes&, const ParagraphAttributes&) = default;
 };
 
@@ -171,8 +171,8 @@ struct FileNode {
 /// What stands at a U+FFFC.
 struct Attachment {
     FileNode file;
-    std::u16string type;  // content type, "public.png"; empty where it is not known
-    Size size;            // as shown; zeros: its own
+    std::u16string type{};  // content type, "public.png"; empty where it is not known
+    Size size{};            // as shown; zeros: its own
     friend bool operator==(const Attachment&, const Attachment&) = default;
 };
 

@@ -90,7 +90,8 @@ void RtfBodyWriter::writeParagraphs(std::size_t first, std::size_t end, std::siz
 }
 
 void RtfBodyWriter::writeFormat(const ParagraphAttributes& attributes, std::size_t depth) {
-    if (format_ == &attributes && formatDepth_ == depth) return;
+    const bool isSame = format_ && formatDepth_ == depth && (format_ == &attributes || *format_ == attributes);
+    if (isSame) return;
     writeRtfParagraph(output_, attributes, {.depth = static_cast<int>(depth), .hyphenates = hyphenates_}, tables_);
     format_ = &attributes;
     formatDepth_ = depth;
@@ -244,11 +245,12 @@ void RtfBodyWriter::writeCellDefinition(const RtfRowCell& cell) {
 }
 
 /// The mark of a list ends with its first tab, or its second where the paragraph begins with one.
-std::size_t RtfBodyWriter::markerEnd(const Paragraph& paragraph) const {
+std::size_t RtfBodyWriter::markerEnd(const Paragraph& paragraph) {
     const std::size_t first = paragraph.start + (units_[paragraph.start] == u'\t' ? 1 : 0);
     const std::size_t limit = std::min(paragraph.textEnd, paragraph.start + kMaxMarker);
-    for (std::size_t i = first; i < limit; ++i) {
-        if (units_[i] == u'\t') return i + 1;
+    for (std::size_t i = paragraph.start; i < limit; ++i) {
+        if (!attributesAt(i).link.empty()) break;  // fields do not stand in marks
+        if (i >= first && units_[i] == u'\t') return i + 1;
         if (units_[i] == u'\uFFFC') break;
     }
     return paragraph.start;
@@ -256,7 +258,8 @@ std::size_t RtfBodyWriter::markerEnd(const Paragraph& paragraph) const {
 
 const CharacterAttributes& RtfBodyWriter::attributesAt(std::size_t position) {
     const auto runs = text_.characterRuns();
-    if (run_ > 0 && runs[run_ - 1].end > position) run_ = 0;
+    while (run_ > 0 && runs[run_ - 1].end > position)
+        --run_;
     while (runs[run_].end <= position)
         ++run_;
     return *runs[run_].attributes;
@@ -266,6 +269,7 @@ void RtfBodyWriter::writeStateAt(std::size_t position) {
     const CharacterAttributes& attributes = attributesAt(position);
     if (stated_ == &attributes) return;
     writeRtfState(output_, state_, rtfState(attributes, tables_));
+    output_.delimit();
     stated_ = &attributes;
     // Readers take blanks in names for families, and some of these for families of another script than ours.
     usesBytes_ = attributes.font.name.find(u' ') == std::u16string::npos;
@@ -362,7 +366,7 @@ void RtfBodyWriter::writeAttachment(const AttributedString::AttachmentPlace& pla
         output_.close();
         return;
     }
-    const auto form = attachment.file.isFolder ? std::nullopt : rtfPictureForm(attachment.file.data);
+    const auto form = attachment.file.isFolder ? std::nullopt : rtfPictureForm(attachment.file.data, attachment.type);
     if (!form) return;
     const Size size = attachment.size != Size{} ? attachment.size : form->size;
     output_.open();

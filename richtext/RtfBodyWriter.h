@@ -46,7 +46,7 @@ private:
     void writeRowDefinition(const RtfRow& row, std::size_t depth);
     void writeCellDefinition(const RtfRowCell& cell);
 
-    [[nodiscard]] std::size_t markerEnd(const Paragraph& paragraph) const;
+    [[nodiscard]] std::size_t markerEnd(const Paragraph& paragraph);
     void writeLinks(std::size_t start, std::size_t end);
     void writeRuns(std::size_t start, std::size_t end);
     void writeUnits(std::size_t start, std::size_t end);

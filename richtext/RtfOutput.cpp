@@ -92,7 +92,8 @@ void RtfOutput::text(std::u16string_view units, Bytes bytes) {
         while (end < units.size() && isPlain(units[end]))
             ++end;
         if (end > i) {
-            delimit();
+            if (units[i] != u'\t') delimit();
+            needsDelimiter_ = false;
             const std::size_t start = text_.size();
             text_.resize(start + (end - i));
             char* const out = text_.data() + start;

@@ -32,6 +32,10 @@ public:
     void newLine() { sign('\n'); }
     /// A blank that delimits the word before it.
     void blank() { sign(' '); }
+    /// A blank, where the last thing is a word that nothing delimits yet.
+    void delimit() {
+        if (needsDelimiter_) blank();
+    }
     /// Text in the format's own characters, written as it is.
     void raw(std::string_view ascii) {
         delimit();
@@ -56,9 +60,6 @@ private:
     void sign(char c) {
         text_ += c;
         needsDelimiter_ = false;
-    }
-    void delimit() {
-        if (needsDelimiter_) sign(' ');
     }
     void unit(char16_t unit, Bytes bytes);
     void hexByte(unsigned value);

@@ -201,6 +201,7 @@ private:
     RtfTabKind tabKind_ = RtfTabKind::left;
 
     RtfListCounters counters_;
+    std::size_t markedParagraph_ = SIZE_MAX;  // start of the paragraph that last opened a marker of its own
     RtfPicture picture_;
     RtfAttachment attachment_;
     std::vector<Field> fields_;

@@ -83,7 +83,7 @@ void RtfParser::specialWord(RtfWord word) {
 
 /// A paragraph of a list whose marker the file leaves to the reader gets it before its first character.
 void RtfParser::insertMarker() {
-    if (group_.inMarker || group_.textBoxLevel >= 0) return;
+    if (group_.inMarker || group_.textBoxLevel >= 0 || markedParagraph_ == paragraphStart()) return;
     const RtfParagraph& paragraph = group_.paragraph;
     std::u16string marker;
     if (paragraph.list != 0) {

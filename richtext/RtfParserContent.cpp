@@ -16,6 +16,7 @@ void RtfParser::openContent(RtfWord word, bool starred) {
         case RtfWord::listtext:
         case RtfWord::pntext:
             group_.inMarker = true;  // the marker is text of the paragraph
+            markedParagraph_ = paragraphStart();
             break;
         case RtfWord::field:
             fields_.push_back({.instruction = {}, .link = 0, .start = content_.text.size()});

@@ -39,7 +39,7 @@ bool isMacPicture(const Data& file) noexcept {
 
 }  // namespace
 
-std::optional<RtfPictureForm> rtfPictureForm(const Data& file) {
+std::optional<RtfPictureForm> rtfPictureForm(const Data& file, std::u16string_view type) {
     if (has(file, "\x89PNG\r\n\x1A\n")) return RtfPictureForm{.words = "\\pngblip", .data = file, .size = {}};
     if (has(file, "\xFF\xD8\xFF")) return RtfPictureForm{.words = "\\jpegblip", .data = file, .size = {}};
     if (has(file, {"\1\0\0\0", 4}) && has(file, " EMF", 40)) {
@@ -55,6 +55,8 @@ std::optional<RtfPictureForm> rtfPictureForm(const Data& file) {
     if (isMacPicture(file)) {
         return RtfPictureForm{.words = "\\macpict", .data = withoutFirst(file, kMacPictureHeader), .size = {}};
     }
+    if (type == u"public.png") return RtfPictureForm{.words = "\\pngblip", .data = file, .size = {}};
+    if (type == u"public.jpeg") return RtfPictureForm{.words = "\\jpegblip", .data = file, .size = {}};
     return std::nullopt;
 }
 

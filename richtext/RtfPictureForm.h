@@ -15,8 +15,8 @@ struct RtfPictureForm {
     Size size;               // points, where the words for the kind of picture do not go without; else zeros
 };
 
-/// The form of a PNG, JPEG, EMF or WMF file, of a Windows bitmap or a Macintosh picture, told by its bytes; nullopt for
-/// every other file.
-[[nodiscard]] std::optional<RtfPictureForm> rtfPictureForm(const Data& file);
+/// The form of a PNG, JPEG, EMF or WMF file, of a Windows bitmap or a Macintosh picture, told by its bytes, or where
+/// these tell nothing by its content type ("public.png", "public.jpeg"); nullopt for every other file.
+[[nodiscard]] std::optional<RtfPictureForm> rtfPictureForm(const Data& file, std::u16string_view type);
 
 }  // namespace halden

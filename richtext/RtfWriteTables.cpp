@@ -100,9 +100,9 @@ void writeLevel(RtfOutput& output, const TextList& list, std::size_t level, std:
     output.word("leveltext");
     output.word("leveltemplateid", static_cast<std::int64_t>(listNumber * 100 + level + 1));
     hexByte(output, marker.before.size() + marker.after.size() + (isNumbered ? 1 : 0));
-    output.text(marker.before);
+    output.text(marker.before, RtfOutput::Bytes::none);
     if (isNumbered) hexByte(output, level);
-    output.text(marker.after);
+    output.text(marker.after, RtfOutput::Bytes::none);
     output.raw(";");
     output.close();
     output.open();

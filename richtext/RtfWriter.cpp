@@ -149,7 +149,7 @@ public:
         }
         writeInteger("viewkind", kViewModeKey);
         writeInteger("viewscale", kViewZoomKey);
-        output_.newLine();
+        if (!output_.string().ends_with('\n')) output_.newLine();
         writeInteger("readonlydoc", kReadOnlyKey);
         if (integer(kDefaultTabIntervalKey).value_or(0) != 0) writeLength("deftab", kDefaultTabIntervalKey);
     }
@@ -194,6 +194,7 @@ std::string rtfFromDocument(const RichTextDocument& document, const RtfWriteOpti
     header.writeHyphenation(hyphenation);
     std::string rtf = output.take();
     rtf.reserve(rtf.size() + body.size() + 2);
+    if (body.starts_with('\n') && rtf.ends_with('\n')) rtf.pop_back();
     rtf += body.empty() ? "\n" : body;
     rtf += '}';
     return rtf;

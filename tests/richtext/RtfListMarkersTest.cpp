@@ -53,6 +53,7 @@ TEST(RtfListMarkers, StandBeforeParagraphsThatHaveNone) {
         {"\\ls1 a\\par b\\par\\ilvl1 c\\par\\ilvl0 d\\par\\pard e", "1.\ta\n2.\tb\na)\tc\n3.\td\ne"},
         {"\\ls1{\\listtext 7.\\tab}a\\par", "7.\ta\n"},
         {"{\\listtext 7.\\tab}\\ls1 a\\par", "7.\ta\n"},
+        {"\\ls1{\\listtext}a\\par b", "a\n1.\tb"},  // an empty marker is one
         {"\\ls9 a", "a"},
         {"\\ls1\\par a", "1.\t\n2.\ta"},
     };
