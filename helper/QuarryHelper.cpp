@@ -1,6 +1,12 @@
 #include "helper/QuarryHelper.h"
 
 #include "documents/WebArchive.h"
+#include "foundation/Exception.h"
+#include "richtext/FlatRtfd.h"
+#include "richtext/RtfdPackage.h"
+
+#include <ctime>
+#include <utility>
 
 namespace quarry {
 
@@ -24,6 +30,30 @@ std::optional<Dictionary> QuarryHelper::searchableTextOfWebArchive(std::u16strin
     return quarry::searchableTextOfWebArchive(path);
 }
 
+std::optional<Dictionary> QuarryHelper::attributedStringWithContentsOfFile(std::u16string_view path) {
+    return halden::guarded(
+        [&]() -> std::optional<Dictionary> {
+            auto document = readers_.documentAtPath(path);
+            if (!document) return std::nullopt;
+            auto rtfd = halden::rtfdFromDocument(*document, static_cast<std::uint32_t>(std::time(nullptr)));
+            if (!rtfd) return std::nullopt;
+            Dictionary result{{u"Rtfd", std::move(*rtfd)}};
+            if (!document->documentAttributes.empty())
+                result.set(u"DocumentAttributes", std::move(document->documentAttributes));
+            return result;
+        },
+        std::optional<Dictionary>());
+}
+
+bool QuarryHelper::writeRTFDDataToFile(const Data& rtfd, std::u16string_view path) {
+    return halden::guarded(
+        [&] {
+            const auto document = halden::documentFromRtfd(rtfd);
+            return document && halden::writePackage(halden::packageFromDocument(*document), path);
+        },
+        false);
+}
+
 // The operations below wait for their engines. Until then each answers what it answers for a document that it cannot
 // read: nil or NO.
 
@@ -42,14 +72,6 @@ std::optional<Dictionary> QuarryHelper::attributedStringWithPDF(const Data&, hal
 
 std::optional<Dictionary> QuarryHelper::posterImageForMovieWithFile(std::u16string_view) {
     return std::nullopt;
-}
-
-std::optional<Dictionary> QuarryHelper::attributedStringWithContentsOfFile(std::u16string_view) {
-    return std::nullopt;
-}
-
-bool QuarryHelper::writeRTFDDataToFile(const Data&, std::u16string_view) {
-    return false;
 }
 
 std::optional<Data> QuarryHelper::RTFDWithHTML(const Data&, const std::optional<std::u16string>&,

@@ -1,6 +1,7 @@
 // The root object of the helper process.
 #pragma once
 
+#include "helper/RichTextReaders.h"
 #include "importers/MetaDataImporter.h"
 #include "platform/ipc/HaldenImExport.h"
 
@@ -12,8 +13,9 @@ namespace quarry {
 
 /// The service: carries out the operations of `HaldenImExport`, each on the main thread.
 ///
-/// Keeps nothing from one request to the next but the importer host with the plug-ins that it has loaded: an operation
-/// that iterates the run loop may see another request dispatched inside it, so operations keep their state in locals.
+/// Keeps nothing from one request to the next but the importer host with the plug-ins that it has loaded, and the
+/// worker that the readers of rich text start in advance: an operation that iterates the run loop may see another
+/// request dispatched inside it, so operations keep their state in locals.
 class QuarryHelper final : public halden::HaldenImExport {
 public:
     QuarryHelper();
@@ -24,9 +26,13 @@ public:
     std::optional<halden::Dictionary> attributedStringWithPDF(const halden::Data& pdf,
                                                               halden::AttributedStringWithPDFOptions options) override;
     std::optional<halden::Dictionary> posterImageForMovieWithFile(std::u16string_view path) override;
+
+    /// "Rtfd", the document as RTFD data, and "DocumentAttributes", which is left out when its reader reports none; nil
+    /// when the document cannot be read, no reader takes it, or a reader throws.
     std::optional<halden::Dictionary> attributedStringWithContentsOfFile(std::u16string_view path) override;
     /// Never nil: an empty dictionary stands for a file that is no archive.
     std::optional<halden::Dictionary> searchableTextOfWebArchive(std::u16string_view path) override;
+    /// Whether the RTFD data was written as a package; false for data that is no RTFD.
     bool writeRTFDDataToFile(const halden::Data& rtfd, std::u16string_view path) override;
     std::optional<halden::Data> RTFDWithHTML(const halden::Data& html, const std::optional<std::u16string>& baseURL,
                                              const std::optional<std::u16string>& charset,
@@ -39,6 +45,7 @@ public:
 
 private:
     std::unique_ptr<MetaDataImporter> mdimporter_;
+    RichTextReaders readers_;
 };
 
 }  // namespace quarry
