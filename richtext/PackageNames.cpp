@@ -20,6 +20,12 @@ bool isForbidden(char16_t unit) noexcept {
     return unit < u' ' || unit == 0x7F || unit == u'/';
 }
 
+std::u16string withoutBlanksAround(std::u16string_view text) {
+    const std::size_t first = text.find_first_not_of(u' ');
+    if (first == text.npos) return {};
+    return std::u16string(text.substr(first, text.find_last_not_of(u' ') - first + 1));
+}
+
 /// `text` without what makes it longer than `limit` bytes of UTF-8, at the end of a character.
 std::u16string_view cutToBytes(std::u16string_view text, std::size_t limit) noexcept {
     std::size_t bytes = 0;
@@ -50,7 +56,6 @@ std::size_t extensionStart(std::u16string_view name) noexcept {
 
 std::u16string fileNameFrom(std::u16string_view name) {
     std::u16string clean;
-    // Longer than any name that fits, and short enough to be looked at.
     for (std::size_t i = 0; i < name.size(); ++i) {
         const bool isPair = isHighSurrogate(name[i]) && i + 1 < name.size() && isLowSurrogate(name[i + 1]);
         if (isPair) {
@@ -59,13 +64,11 @@ std::u16string fileNameFrom(std::u16string_view name) {
             clean += isForbidden(name[i]) || isSurrogate(name[i]) ? u'_' : name[i];
         }
     }
-    const auto isBlank = [](char16_t unit) { return unit == u' '; };
-    clean.erase(clean.begin(), std::ranges::find_if_not(clean, isBlank));
-    while (!clean.empty() && isBlank(clean.back()))
-        clean.pop_back();
-    if (clean.find_first_not_of(u'.') == clean.npos) return u"Attachment";
+    clean = withoutBlanksAround(clean);
     const std::size_t extension = extensionStart(clean);
-    return fitted(std::u16string_view(clean).substr(0, extension), std::u16string_view(clean).substr(extension));
+    clean = fitted(std::u16string_view(clean).substr(0, extension), std::u16string_view(clean).substr(extension));
+    clean = withoutBlanksAround(clean);  // there may be one where it was cut
+    return clean.find_first_not_of(u'.') == clean.npos ? u"Attachment" : clean;
 }
 
 std::u16string DistinctNames::nameFor(std::u16string_view name) {

@@ -158,7 +158,11 @@ RtfCharacterState rtfState(const CharacterAttributes& attributes, RtfWriteTables
 void writeRtfState(RtfOutput& output, RtfCharacterState& current, const RtfCharacterState& wanted) {
     writeFont(output, current, wanted);
     set(output, "cf", current.color, wanted.color);
-    set(output, "cb", current.background, wanted.background);
+    if (current.background != wanted.background) {
+        output.word("cb", wanted.background);
+        output.word("chcbpat", wanted.background);  // for readers that know no other
+        current.background = wanted.background;
+    }
     if (current.kern != wanted.kern) {
         // Quarter points for readers of before the finer unit, which counts.
         output.word("kerning", 1);

@@ -1,5 +1,6 @@
 // Any bytes read as RTF: what comes out must hold together, whatever went in.
 #include "foundation/Unicode.h"
+#include "richtext/FlatRtfd.h"
 #include "richtext/RtfContent.h"
 #include "richtext/RtfReader.h"
 
@@ -78,6 +79,16 @@ void checkTables(halden::RtfTables& tables) {
     }
 }
 
+/// What is written of a document can be read, and has its attachments; from then on its text stays as it is.
+void checkWriting(const halden::RichTextDocument& document) {
+    const auto written = halden::rtfdFromDocument(document, 0);
+    require(written.has_value());
+    const auto again = halden::documentFromRtfd(*written);
+    require(again && again->text.attachments().size() == document.text.attachments().size());
+    const auto third = halden::documentFromRtfd(halden::rtfdFromDocument(*again, 0).value());
+    require(third && third->text.string() == again->text.string());
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
@@ -86,7 +97,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     require(halden::isWellFormed(content->text));
     checkRuns(*content);
     const std::string_view rtf(reinterpret_cast<const char*>(bytes), size);
-    checkDocument(*content, *halden::documentFromRtf(rtf));
+    const auto document = halden::documentFromRtf(rtf);
+    checkDocument(*content, *document);
+    checkWriting(*document);
     checkTables(content->tables);
     return 0;
 }

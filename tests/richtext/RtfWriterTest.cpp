@@ -93,7 +93,7 @@ TEST(RtfWriter, CharactersHaveTheirWords) {
         {[](auto& c) {
              c.background = Color{1, 1, 1, 1};
          },
-         "\\cb1 x"},
+         "\\cb1\\chcbpat1 x"},
     };
     for (const Row& row : rows)
         EXPECT_THAT(rtfOf(styled(u"x", row.change)), HasSubstr(row.words));

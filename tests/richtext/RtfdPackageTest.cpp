@@ -313,7 +313,9 @@ TEST(FileNames, AreWhatFilesCanHave) {
         {u"\U0001F600", u"\U0001F600"},
         {std::u16string(4000, u'x') + u".png", std::u16string(251, u'x') + u".png"},
         {std::u16string(100, u'\u65E5') + u".p", std::u16string(84, u'\u65E5') + u".p"},
-        {u"a." + std::u16string(4000, u'x'), u"a." + std::u16string(253, u'x')}};
+        {u"a." + std::u16string(4000, u'x'), u"a." + std::u16string(253, u'x')},
+        {std::u16string(254, u'x') + u" y", std::u16string(254, u'x')},  // no blank where it is cut
+        {std::u16string(300, u'.') + u"x", u"Attachment"}};
     for (const auto& [name, fileName] : rows)
         EXPECT_EQ(fileNameFrom(name), fileName);
 }
