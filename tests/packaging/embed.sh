@@ -18,6 +18,23 @@ helper=$(pkg-config --variable=helper quarry-client)
 g++ -std=c++20 -DQUARRY_HELPER="\"$helper\"" "$work/source/titles.cpp" -o "$work/with-pkg-config" \
   $(pkg-config --cflags --libs quarry-client) || fail "pkg-config"
 
+# The libraries that need no helper.
+cat > "$work/letter.cpp" <<'END'
+#include "foundation/Unicode.h"
+#include "markup/Html2Text.h"
+#include "richtext/RtfReader.h"
+#include "richtext/RtfWriter.h"
+#include <iostream>
+int main() {
+    const halden::AttributedString text(halden::stringByConvertingHtml2PlainText(u"<p>Dear&nbsp;<b>Ada</b>"));
+    std::cout << halden::utf8FromUtf16(halden::documentFromRtf(halden::rtfFromDocument({text, {}}))->text.string());
+}
+END
+# shellcheck disable=SC2046
+g++ -std=c++20 "$work/letter.cpp" -o "$work/letter" $(pkg-config --cflags --libs quarry-richtext quarry-markup) ||
+  fail "the libraries"
+[[ $("$work/letter") == *"Dear"*"Ada"* ]] || fail "letter says: $("$work/letter")"
+
 # Every header that is installed stands on what is installed.
 (cd "$prefix/include/quarry" && find . -name '*.h' | sort | sed 's|^\./\(.*\)|#include "\1"|') > "$work/all.cpp"
 # shellcheck disable=SC2046
