@@ -33,6 +33,9 @@ struct JsonWriteOptions {
 /// with ".0" when it would look like an integer; NaN and infinities are null. Dictionaries keep their order.
 [[nodiscard]] std::string jsonFromValue(const Value& value, JsonWriteOptions options = {});
 
+/// The media type of data by their first bytes, "application/octet-stream" where these do not tell.
+[[nodiscard]] std::string_view mediaTypeOfData(const Data& data) noexcept;
+
 struct JsonError {
     std::string message;
     std::size_t offset = 0;  ///< in bytes

@@ -31,13 +31,6 @@ constexpr Signature kSignatures[] = {
     {"bplist00", "application/x-plist"},
 };
 
-std::string_view mediaTypeOf(const Data& data) {
-    for (const auto& signature : kSignatures) {
-        if (data.view().substr(0, signature.prefix.size()) == signature.prefix) return signature.mediaType;
-    }
-    return "application/octet-stream";
-}
-
 struct CivilTime {
     std::int64_t year;
     unsigned month, day, hour, minute, second, millisecond;
@@ -157,7 +150,7 @@ private:
             out_ += "{\"base64\": \"" + base64FromBytes(data.span()) + "\"}";
         } else {
             out_ += "{\"bytes\": " + std::to_string(data.length()) + ", \"type\": \"";
-            out_.append(mediaTypeOf(data)).append("\"}");
+            out_.append(mediaTypeOfData(data)).append("\"}");
         }
     }
 
@@ -234,6 +227,13 @@ private:
 };
 
 }  // namespace
+
+std::string_view mediaTypeOfData(const Data& data) noexcept {
+    for (const auto& signature : kSignatures) {
+        if (data.view().substr(0, signature.prefix.size()) == signature.prefix) return signature.mediaType;
+    }
+    return "application/octet-stream";
+}
 
 std::string jsonFromValue(const Value& value, JsonWriteOptions options) {
     Writer writer(options);

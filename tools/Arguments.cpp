@@ -1,6 +1,7 @@
 #include "tools/Arguments.h"
 
 #include "tools/Manual.h"
+#include "tools/batch/Request.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
@@ -8,6 +9,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <map>
 
 namespace quarry::tools {
 
@@ -16,37 +18,24 @@ namespace {
 /// A year: longer limits are no limits, and shorter ones fit every clock.
 constexpr double kLongestTimeout = 31536000;
 
-/// The values of the options while they are parsed. Options are made from the manual by name; a name without a place
-/// here is a flag or a text that the caller looks up.
-struct Values {
-    std::string timeout;
-    std::string memory;
-    std::string data;
-    std::string output;
-    std::string generate;
-    bool shared = false;
-    bool json = false;
-    bool list = false;
-    bool jsonl = false;
-    bool help = false;
-    bool version = false;
+/// What a document of a batch may take unless the options say otherwise.
+constexpr double kBatchTimeout = 60;
+constexpr std::uint64_t kBatchMemory = std::uint64_t{1} << 30;
 
-    [[nodiscard]] std::string* text(std::string_view name) noexcept {
-        return name == "--timeout"  ? &timeout
-               : name == "--memory" ? &memory
-               : name == "--data"   ? &data
-               : name == "-o"       ? &output
-                                    : nullptr;
+/// The values of the options while they are parsed, by the names that the manual gives them.
+class Values {
+public:
+    [[nodiscard]] std::string& text(std::string_view name) { return texts_[std::string(name)]; }
+    [[nodiscard]] std::vector<std::string>& list(std::string_view name) { return lists_[std::string(name)]; }
+    [[nodiscard]] bool& flag(std::string_view name) { return flags_[std::string(name)]; }
+    [[nodiscard]] bool isGiven(const OptionText& option) {
+        return option.argument.empty() ? flag(option.name) : !text(option.name).empty();
     }
-    [[nodiscard]] bool* flag(std::string_view name) noexcept {
-        return name == "--shared"    ? &shared
-               : name == "--json"    ? &json
-               : name == "--list"    ? &list
-               : name == "--jsonl"   ? &jsonl
-               : name == "--help"    ? &help
-               : name == "--version" ? &version
-                                     : nullptr;
-    }
+
+private:
+    std::map<std::string, std::string> texts_;  // nodes, which stay where they are
+    std::map<std::string, std::vector<std::string>> lists_;
+    std::map<std::string, bool> flags_;
 };
 
 /// CLI11's form of a check: what is wrong, or nothing.
@@ -57,13 +46,19 @@ std::string notEmpty(const std::string& value) {
 void addOptions(CLI::App& app, std::span<const OptionText> options, Values& values) {
     for (const OptionText& option : options) {
         const std::string name(option.name == "--help" ? "-h,--help" : option.name);
-        if (std::string* text = values.text(option.name)) {
-            app.add_option(name, *text)
+        if (option.argument.empty()) {
+            app.add_flag(name, values.flag(option.name))->disable_flag_override();
+        } else if (option.repeats) {
+            app.add_option(name, values.list(option.name))
+                ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+                ->allow_extra_args(false)
+                ->check(notEmpty)
+                ->type_name(std::string(option.argument));
+        } else {
+            app.add_option(name, values.text(option.name))
                 ->multi_option_policy(CLI::MultiOptionPolicy::TakeLast)
                 ->check(notEmpty)
                 ->type_name(std::string(option.argument));
-        } else if (bool* flag = values.flag(option.name)) {
-            app.add_flag(name, *flag)->disable_flag_override();
         }
     }
 }
@@ -71,6 +66,10 @@ void addOptions(CLI::App& app, std::span<const OptionText> options, Values& valu
 /// CLI11 takes its arguments in reverse.
 std::vector<std::string> reversed(std::span<const std::string> arguments) {
     return {arguments.rbegin(), arguments.rend()};
+}
+
+bool hasOption(const CommandText& command, std::string_view name) {
+    return std::ranges::find(command.options, name, &OptionText::name) != command.options.end();
 }
 
 std::string choicesOf(const CommandText& command, std::string_view name) {
@@ -88,35 +87,119 @@ std::optional<double> secondsFromText(std::string_view text) {
     return seconds;
 }
 
-/// The option values as the command needs them.
-Parsed checked(const CommandText& command, const Values& values, Invocation invocation) {
-    if (!values.timeout.empty()) {
-        const auto seconds = secondsFromText(values.timeout);
+std::optional<std::uint64_t> numberFromText(std::string_view text) {
+    std::uint64_t number = 0;
+    const auto [rest, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    return error == std::errc() && rest == text.data() + text.size() ? std::optional(number) : std::nullopt;
+}
+
+/// How a helper is to be used; what is wrong, when something is.
+std::optional<UsageError> readDocumentOptions(Values& values, DocumentOptions& options) {
+    if (const std::string& timeout = values.text("--timeout"); !timeout.empty()) {
+        const auto seconds = secondsFromText(timeout);
         if (!seconds) {
-            return UsageError{fmt::format("--timeout: '{}' is no number of seconds", values.timeout)};
+            return UsageError{fmt::format("--timeout: '{}' is no number of seconds", timeout)};
         }
-        invocation.document.timeout = *seconds;
+        options.timeout = *seconds;
     }
-    if (!values.memory.empty()) {
-        const auto bytes = bytesFromSize(values.memory);
+    if (const std::string& memory = values.text("--memory"); !memory.empty()) {
+        const auto bytes = bytesFromSize(memory);
         if (!bytes) {
-            return UsageError{fmt::format("--memory: '{}' is no size (such as 512M)", values.memory)};
+            return UsageError{fmt::format("--memory: '{}' is no size (such as 512M)", memory)};
         }
-        invocation.document.memory = *bytes;
+        options.memory = *bytes;
     }
-    invocation.document.shared = values.shared;
-    if (values.shared && invocation.document.memory != 0) {
+    options.shared = values.flag("--shared");
+    if (options.shared && options.memory != 0) {
         return UsageError{"--shared and --memory do not go together"};
     }
-    if (values.data == "base64") {
-        invocation.data = halden::JsonData::base64;
-    } else if (!values.data.empty() && values.data != "summary") {
-        return UsageError{fmt::format("--data: '{}' is none of: {}", values.data, choicesOf(command, "--data"))};
+    return std::nullopt;
+}
+
+std::optional<UsageError> readBatchNumbers(Values& values, BatchArguments& batch) {
+    constexpr std::uint64_t kMostSlots = 1024;
+    if (const std::string& slots = values.text("-j"); !slots.empty()) {
+        const auto number = numberFromText(slots);
+        if (!number || *number == 0 || *number > kMostSlots) {
+            return UsageError{fmt::format("-j: '{}' is no number of helpers (1 to {})", slots, kMostSlots)};
+        }
+        batch.slots = static_cast<unsigned>(*number);
     }
-    invocation.output = values.output;
-    invocation.json = values.json;
-    invocation.list = values.list;
-    invocation.jsonl = values.jsonl;
+    if (const std::string& renewal = values.text("--renew"); !renewal.empty()) {
+        const auto number = numberFromText(renewal);
+        if (!number) {
+            return UsageError{fmt::format("--renew: '{}' is no number of documents", renewal)};
+        }
+        batch.renewal = *number;
+    }
+    if (const std::string& size = values.text("--shard-size"); !size.empty()) {
+        const auto bytes = bytesFromSize(size);
+        if (!bytes) {
+            return UsageError{fmt::format("--shard-size: '{}' is no size (such as 64M)", size)};
+        }
+        batch.shardSize = *bytes;
+    }
+    return std::nullopt;
+}
+
+std::optional<UsageError> readBatchArguments(Values& values, const CommandText& command, Invocation& invocation) {
+    BatchArguments& batch = invocation.batch;
+    if (auto error = readBatchNumbers(values, batch)) {
+        return error;
+    }
+    if (const std::string& operation = values.text("--op"); !operation.empty()) {
+        batch.operation = operation;
+        if (findBatchOperation(operation) == nullptr) {
+            return UsageError{fmt::format("--op: '{}' is none of: {}", operation, batchOperationNames())};
+        }
+    }
+    batch.include = values.list("--include");
+    batch.exclude = values.list("--exclude");
+    batch.journal = values.text("--journal");
+    batch.output = values.text("--output");
+    batch.files = values.flag("--files");
+    batch.ordered = values.flag("--ordered");
+    batch.quiet = values.flag("--quiet");
+    const std::string& compression = values.text("--compress");
+    if (compression == "gzip") {
+        batch.compression = ShardCompression::gzip;
+    } else if (compression == "zstd") {
+        batch.compression = ShardCompression::zstd;
+    } else if (!compression.empty()) {
+        return UsageError{
+            fmt::format("--compress: '{}' is none of: {}", compression, choicesOf(command, "--compress"))};
+    }
+    if (batch.output.empty() && (batch.files || !compression.empty())) {
+        return UsageError{"--files and --compress need --output"};
+    }
+    if (values.text("--timeout").empty()) {
+        invocation.document.timeout = kBatchTimeout;
+    }
+    if (values.text("--memory").empty()) {
+        invocation.document.memory = kBatchMemory;
+    }
+    return std::nullopt;
+}
+
+/// The option values as the command needs them.
+Parsed checked(const CommandText& command, Values& values, Invocation invocation) {
+    if (auto error = readDocumentOptions(values, invocation.document)) {
+        return *error;
+    }
+    if (command.name == "batch") {
+        if (auto error = readBatchArguments(values, command, invocation)) {
+            return *error;
+        }
+    }
+    if (const std::string& data = values.text("--data"); data == "base64") {
+        invocation.data = halden::JsonData::base64;
+    } else if (!data.empty() && data != "summary") {
+        return UsageError{fmt::format("--data: '{}' is none of: {}", data, choicesOf(command, "--data"))};
+    }
+    invocation.output = values.text("-o");
+    invocation.json = values.flag("--json");
+    invocation.list = values.flag("--list");
+    invocation.jsonl = values.flag("--jsonl");
     return invocation;
 }
 
@@ -139,15 +222,18 @@ Parsed parseCommand(const CommandText& command, std::span<const std::string> arg
     addOptions(app, command.options, values);
     if (command.opensDocuments) {
         addOptions(app, manual().documentOptions, values);
-    } else if (!values.timeout.empty() || !values.memory.empty() || values.shared) {
-        return UsageError{fmt::format("{} takes no document options", command.name)};
+    }
+    for (const OptionText& option : manual().documentOptions) {
+        if (values.isGiven(option) && !command.opensDocuments && !hasOption(command, option.name)) {
+            return UsageError{fmt::format("{} takes no {}", command.name, option.name)};
+        }
     }
     // The parser gives some words a meaning of their own ("{}", "++"): files are what it leaves over, and what follows
     // "--" never gets there.
     app.allow_extras();
     const auto separator = endOfOptions(command, arguments);
     app.parse(reversed(arguments.first(static_cast<std::size_t>(separator - arguments.begin()))));
-    if (values.help) {
+    if (values.flag("--help")) {
         return Answer{commandHelp(command)};
     }
     invocation.files = app.remaining();
@@ -163,10 +249,10 @@ Parsed parseCommand(const CommandText& command, std::span<const std::string> arg
         return UsageError{fmt::format("{} takes no arguments", command.name)};
     }
     if (command.name == "apply") {
-        if (values.list + values.jsonl + !invocation.files.empty() != 1) {
+        if (values.flag("--list") + values.flag("--jsonl") + !invocation.files.empty() != 1) {
             return UsageError{"apply takes an operation, or one of --list and --jsonl"};
         }
-    } else if (!command.arguments.empty() && invocation.files.empty()) {
+    } else if (!command.arguments.empty() && !command.arguments.starts_with('[') && invocation.files.empty()) {
         return UsageError{fmt::format("{}: no file is named", command.name)};
     } else if ((command.arguments == "FILE" || command.arguments == "DATA") && invocation.files.size() > 1) {
         return UsageError{fmt::format("{} takes one file", command.name)};
@@ -194,16 +280,16 @@ Parsed parseProgram(std::span<const std::string> arguments) {
     Values values;
     addOptions(app, manual().programOptions, values);
     addOptions(app, manual().documentOptions, values);
-    app.add_option("--generate", values.generate);  // for the build: man page and completions
+    app.add_option("--generate", values.text("--generate"));  // for the build: man page and completions
     app.parse(reversed(arguments));
-    if (values.help) {
+    if (values.flag("--help")) {
         return Answer{programHelp()};
     }
-    if (values.version) {
+    if (values.flag("--version")) {
         return Answer{fmt::format("{} {}\n", manual().name, QUARRY_VERSION)};
     }
-    if (!values.generate.empty()) {
-        return generated(values.generate);
+    if (!values.text("--generate").empty()) {
+        return generated(values.text("--generate"));
     }
     const std::vector<std::string> rest = app.remaining();
     if (rest.empty()) {

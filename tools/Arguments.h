@@ -2,6 +2,7 @@
 #pragma once
 
 #include "foundation/Json.h"
+#include "tools/batch/ShardCompression.h"
 
 #include <cstdint>
 #include <optional>
@@ -20,11 +21,28 @@ struct DocumentOptions {
     bool shared = false;       ///< use the user's registry folder
 };
 
+/// How many documents are to be worked on.
+struct BatchArguments {
+    unsigned slots = 0;  ///< helpers; 0: one a processor
+    std::string operation = "metadata";
+    std::vector<std::string> include;  ///< patterns
+    std::vector<std::string> exclude;
+    std::string journal;  ///< path; empty: none
+    std::string output;   ///< folder of the results; empty: standard output
+    ShardCompression compression = ShardCompression::none;
+    std::uint64_t shardSize = std::uint64_t{256} << 20;  ///< bytes
+    std::uint64_t renewal = 1000;                        ///< documents of a helper; 0: no limit
+    bool files = false;                                  ///< data of results become files
+    bool ordered = false;
+    bool quiet = false;
+};
+
 /// What the user asked for.
 struct Invocation {
     std::string command;
     std::vector<std::string> files;  ///< as they were named, in any encoding
     DocumentOptions document;
+    BatchArguments batch;
     std::string output;  ///< of -o; empty when it is not given
     halden::JsonData data = halden::JsonData::summary;
     bool json = false;

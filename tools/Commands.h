@@ -13,6 +13,7 @@ Status writeRtfdCommand(const Invocation& invocation);
 Status importersCommand(const Invocation& invocation);
 Status applyCommand(const Invocation& invocation);
 Status webArchiveCommand(const Invocation& invocation);
+Status batchCommand(const Invocation& invocation);
 Status doctorCommand(const Invocation& invocation);
 
 }  // namespace quarry::tools

@@ -91,12 +91,15 @@ HelperFailure HelperSession::afterFailure(const halden::ConnectionException& exc
     HelperFailure failure;
     switch (exception.failure()) {
         case halden::ConnectionFailure::timedOut:
+            failure.kind = HelperFailure::Kind::timeout;
             failure.explanation = fmt::format("no answer within {} s{}", options_.timeout,
                                               isOurs(*rootProxy_) ? "; the helper was ended" : "");
             break;
         case halden::ConnectionFailure::peerDied:
+            failure.kind = HelperFailure::Kind::crash;
             failure.explanation = "the helper crashed";
             if (const auto resident = watch_.exceeded()) {
+                failure.kind = HelperFailure::Kind::memory;
                 failure.explanation = fmt::format("the helper grew to {}, beyond {}, and was ended",
                                                   sizeFromBytes(*resident), sizeFromBytes(options_.memory));
             }

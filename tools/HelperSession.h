@@ -14,9 +14,11 @@
 
 namespace quarry::tools {
 
-/// Why a request has no result, to follow the name of the file: "the helper crashed".
+/// Why a request has no result.
 struct HelperFailure {
-    std::string explanation;
+    enum class Kind { connection, crash, timeout, memory };
+    Kind kind = Kind::connection;
+    std::string explanation;  ///< to follow the name of the file: "the helper crashed"
 };
 
 /// What helpers register as.
@@ -42,7 +44,7 @@ public:
         -> std::variant<std::invoke_result_t<Request, halden::HaldenImExportProxy&>, HelperFailure> {
         try {
             if (!connect()) {
-                return HelperFailure{connectionError_};
+                return HelperFailure{HelperFailure::Kind::connection, connectionError_};
             }
             halden::HaldenImExportProxy proxy(rootProxy_);
             return request(proxy);
@@ -51,11 +53,13 @@ public:
         }
     }
 
+    /// Ends the helper that this session launched, at once; the next request gets a new one.
+    void endHelper();
+
 private:
     [[nodiscard]] bool connect();
     [[nodiscard]] bool isOurs(const halden::RootProxy& proxy) const;
     [[nodiscard]] HelperFailure afterFailure(const halden::ConnectionException& exception);
-    void endHelper();
 
     DocumentOptions options_;
     std::string helperPath_;

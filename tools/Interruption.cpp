@@ -16,13 +16,16 @@ namespace {
 constexpr std::array kSignals{SIGINT, SIGTERM, SIGHUP, SIGQUIT};
 
 std::atomic<bool> interrupted = false;
+std::atomic<bool> mayFinish = false;  // the next signal only asks for an end soon
 std::atomic<int> pipeIn = -1;
 int pipeOut = -1;
 std::thread listener;
 
 void note(int signal) {
     const int error = errno;
-    interrupted = true;
+    if (!mayFinish.exchange(false)) {
+        interrupted = true;
+    }
     const auto number = static_cast<char>(signal);
     [[maybe_unused]] const ssize_t count = ::write(pipeIn, &number, 1);
     errno = error;
@@ -35,13 +38,23 @@ void setHandler(int signal, void (*handler)(int)) {
     ::sigaction(signal, &action, nullptr);
 }
 
-void listen(const std::function<void()>& cleanUp) {
+/// The number of the next signal; 0 when there comes none.
+char nextSignal() {
     char number = 0;
     ssize_t count = 0;
     do {
         count = ::read(pipeOut, &number, 1);
     } while (count < 0 && errno == EINTR);
-    if (count != 1 || number == 0) {
+    return count == 1 ? number : char{0};
+}
+
+void listen(const std::function<void()>& cleanUp, const std::function<void()>& finishSoon) {
+    char number = nextSignal();
+    if (number != 0 && finishSoon) {
+        finishSoon();
+        number = nextSignal();
+    }
+    if (number == 0) {
         return;
     }
     cleanUp();
@@ -53,14 +66,15 @@ void listen(const std::function<void()>& cleanUp) {
 
 }  // namespace
 
-Interruption::Interruption(std::function<void()> cleanUp) {
+Interruption::Interruption(std::function<void()> cleanUp, std::function<void()> finishSoon) {
     int ends[2];
     if (::pipe2(ends, O_CLOEXEC) != 0) {
         return;
     }
     pipeOut = ends[0];
     pipeIn = ends[1];
-    listener = std::thread(listen, std::move(cleanUp));
+    mayFinish = static_cast<bool>(finishSoon);
+    listener = std::thread(listen, std::move(cleanUp), std::move(finishSoon));
     for (const int signal : kSignals) {
         struct sigaction before {};
         if (::sigaction(signal, nullptr, &before) == 0 && before.sa_handler != SIG_IGN) {

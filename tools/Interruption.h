@@ -7,9 +7,11 @@ namespace quarry::tools {
 
 /// While one of these exists, SIGINT, SIGTERM, SIGHUP and SIGQUIT first have `cleanUp` run, on a thread of its own, and
 /// then end the process as they would have anyway. Signals that were ignored stay ignored. One at a time.
+///
+/// With `finishSoon`, the first of them has that called instead and nothing else; it may come from the same thread.
 class Interruption {
 public:
-    explicit Interruption(std::function<void()> cleanUp);
+    explicit Interruption(std::function<void()> cleanUp, std::function<void()> finishSoon = {});
     ~Interruption();
     Interruption(const Interruption&) = delete;
     Interruption& operator=(const Interruption&) = delete;

@@ -55,6 +55,39 @@ constexpr std::array kImporterOptions{
     kHelp,
 };
 
+constexpr std::array kBatchOptions{
+    OptionText{"-j", "N", "", "How many helpers work at the same time; by default one for each processor."},
+    OptionText{
+        "--op", "NAME", "metadata supports pdf image pdf-data poster richtext webarchive html",
+        "What is asked about each document, metadata with its text by default: the name of the command that asks "
+        "it, or the operation's selector."},
+    OptionText{"--include", "PATTERN", "", "Take only the files of folders whose names match; may be repeated.", true},
+    OptionText{"--exclude", "PATTERN", "",
+               "Leave out files, and folders with all that is in them; may be repeated. A pattern with a slash is "
+               "matched against the path below the folder that was named, one without against the name.",
+               true},
+    OptionText{"--ordered", "", "", "Give the results in the order of the input."},
+    OptionText{"--journal", "FILE", "",
+               "Keep in FILE what is done. Started again with the same journal, the batch leaves out what is done and "
+               "whose size and time have not changed."},
+    OptionText{"--output", "DIR", "",
+               "Write the results to DIR/results-00001.jsonl, results-00002.jsonl ... instead of standard output."},
+    OptionText{"--compress", "FORM", "gzip zstd", "Compress these files."},
+    OptionText{"--shard-size", "SIZE", "", "Begin a new one after so many bytes of results, 256M by default."},
+    OptionText{"--files", "", "",
+               "Put thumbnails, PDF data and RTFD packages into files below DIR/files, and their names into the "
+               "results."},
+    OptionText{"--timeout", "SECONDS", "",
+               "Kill a helper that takes longer over a document, 60 seconds by default; fractions count, 0 means no "
+               "limit."},
+    OptionText{"--memory", "SIZE", "",
+               "Kill a helper that holds more resident memory, with its workers, 1G by default."},
+    OptionText{"--renew", "N", "", "Replace a helper after N documents, 1000 by default; 0: never."},
+    OptionText{"--quiet", "", "", "Say nothing of how far the batch is, and no summary."},
+    kDataForm,
+    kHelp,
+};
+
 constexpr std::array kApplyOptions{
     OptionText{"--jsonl", "", "",
                "Answer calls: one JSON object a line on standard input, one answer a line on standard output."},
@@ -94,6 +127,23 @@ constexpr std::array kCommands{
                 "two line feeds; \"Source\", the page's markup; \"URL\", its address. A file that is no web archive "
                 "gives {}. A single file gives an indented object, several one line each.",
                 true, kHelpOnly},
+    CommandText{
+        "batch", "[PATH...]", "Read many documents with many helpers",
+        "Reads files, and all files in folders, and prints one JSON object a line for each: \"id\" (its number), "
+        "\"path\", \"status\", \"attempts\", \"milliseconds\", \"result\", and \"error\" where something failed. "
+        "Without a path, requests come as JSON lines on standard input: {\"path\": PATH}, and as one likes \"id\", "
+        "which comes back, \"op\", as with --op, and what the operation takes besides: \"attributed\", "
+        "\"stringFromPDF\", \"canUseSpotlight\", \"baseURL\", \"charset\", \"allowRemoteRequest\", \"file\".\n\n"
+        "A helper that crashes, takes more than 60 seconds or grows beyond 1 GB over a document (--timeout and "
+        "--memory "
+        "say otherwise) is killed with its workers and replaced, and the document is tried once more. Statuses are ok, "
+        "empty (no text where text was asked), locked, none (nil or NO), missing (it cannot be opened), timeout, "
+        "crash, "
+        "oom and error.\n\n"
+        "An interrupt lets the documents that are being read finish; a second one stops at once. With a journal the "
+        "batch "
+        "goes on where it was, even after it was killed.",
+        false, kBatchOptions},
     CommandText{"importers", "", "List the importers and their content types",
                 "Prints the importer table in the order in which importers are asked: the path of each bundle, and "
                 "below it, indented, the content types that it declares. No importer is loaded.",
@@ -154,6 +204,8 @@ constexpr std::array kExamples{
     TermText{"quarry metadata report.pdf", "Everything that is known about one document."},
     TermText{"quarry metadata --timeout 10 --memory 512M *.pdf > all.jsonl",
              "A line for each file, none of which may take long or grow large."},
+    TermText{"quarry batch --journal done --output results --compress zstd ~/Documents",
+             "Everything in a folder; started again after whatever happened, what is left of it."},
     TermText{"quarry richtext letter.docx -o letter.rtfd", "A letter as rich text, with its pictures."},
     TermText{"quarry apply stringByRemovingMultipleSpacesAndFeeds: YES < notes.txt",
              "A text with every run of white space made one space."},

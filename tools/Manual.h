@@ -14,6 +14,7 @@ struct OptionText {
     std::string_view argument;  ///< "SECONDS"; empty for a flag
     std::string_view choices;   ///< the words that the argument may be, separated by blanks; empty for any
     std::string_view description;
+    bool repeats = false;  ///< may be given several times
 };
 
 /// A heading with paragraphs, which are separated by empty lines.

@@ -17,11 +17,6 @@ namespace quarry::tools {
 
 namespace {
 
-bool errorIsTerminal() {
-    static const bool terminal = ::isatty(STDERR_FILENO) == 1;
-    return terminal;
-}
-
 /// Returns 0, or what went wrong.
 int writeAll(int file, std::string_view text) {
     while (!text.empty()) {
@@ -68,6 +63,22 @@ void keepStandardOutput() {
     if (nothing >= 0) {
         ::dup2(nothing, STDIN_FILENO);
         ::close(nothing);
+    }
+}
+
+int standardOutput() noexcept {
+    return outputFile;
+}
+
+bool errorIsTerminal() {
+    static const bool terminal = ::isatty(STDERR_FILENO) == 1;
+    return terminal;
+}
+
+void showProgress(std::string_view text) {
+    const bool wasVisible = progressVisible.exchange(!text.empty());
+    if (wasVisible || !text.empty()) {
+        writeAll(STDERR_FILENO, fmt::format("{}{}", kEraseLine, text));
     }
 }
 

@@ -27,6 +27,15 @@ void keepStandardOutput();
 /// Returns whether everything could be written so far.
 bool print(std::string_view text);
 
+/// Where `print` writes to, for those who write much.
+[[nodiscard]] int standardOutput() noexcept;
+
+/// Whether a person is looking at standard error.
+[[nodiscard]] bool errorIsTerminal();
+
+/// Shows `text` on a terminal's last line in the place of what was shown there before; empty text takes it away.
+void showProgress(std::string_view text);
+
 /// When something could not be written, says so (unless the reader just went away) and returns false.
 [[nodiscard]] bool finishOutput();
 

@@ -34,6 +34,9 @@ Status run(const Invocation& invocation) {
     if (invocation.command == "apply") {
         return applyCommand(invocation);
     }
+    if (invocation.command == "batch") {
+        return batchCommand(invocation);
+    }
     if (invocation.command == "webarchive") {
         return webArchiveCommand(invocation);
     }
