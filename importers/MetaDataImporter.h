@@ -52,8 +52,8 @@ public:
     /// The content types that the importer at `path` declares, in lower case, or a null pointer.
     [[nodiscard]] const Types* contentTypesForMDImporter(const std::u16string& path) const;
 
-    /// Changes the attributes that an importer gave for a path, before they are returned; `cleanUpPackageAttributes` unless
-    /// another is set.
+    /// Changes the attributes that an importer gave for a path, before they are returned; `cleanUpPackageAttributes`
+    /// unless another is set.
     using ResultCleanUp = std::function<void(halden::Dictionary& attributes, std::u16string_view path)>;
     /// Stands in for an importer when none gave a result; `textOfPackage` unless another is set.
     using Fallback = std::function<std::optional<halden::Dictionary>(std::u16string_view path)>;

@@ -10,7 +10,7 @@ namespace halden {
 /// Which part of the reader acts on a word.
 enum class RtfSubject : std::uint8_t {
     unknown,
-    document,     // header, page set-up
+    document,            // header, page set-up
     tableDestination,    // opens a table of the header
     infoDestination,     // opens the information, or a part of it
     contentDestination,  // opens a part of the text, or something in it

@@ -33,13 +33,11 @@ const Dispatcher& dispatcher() {
     static const Dispatcher all{
         halden::operations::characterOperations(),  halden::operations::encodingOperations(),
         halden::operations::dataOperations(),       halden::operations::stringOperations(),
-        halden::operations::urlOperations(),
-        halden::operations::scannerOperations(),    halden::operations::entityOperations(),
-        halden::operations::charsetOperations(),    halden::operations::plainTextOperations(),
-        halden::operations::strippingOperations(),  halden::operations::pageOperations(),
-        halden::operations::feedOperations(),
-        quarry::operations::markupFileOperations(),
-        quarry::operations::webArchiveOperations(),
+        halden::operations::urlOperations(),        halden::operations::scannerOperations(),
+        halden::operations::entityOperations(),     halden::operations::charsetOperations(),
+        halden::operations::plainTextOperations(),  halden::operations::strippingOperations(),
+        halden::operations::pageOperations(),       halden::operations::feedOperations(),
+        quarry::operations::markupFileOperations(), quarry::operations::webArchiveOperations(),
     };
     return all;
 }

@@ -162,8 +162,7 @@ TEST(Entities, AgreeWithThePlainRules) {
 // Blocks and their rests: a reference, and every kind of unit, at every place in strings of every short length.
 TEST(Entities, AreFoundAndWrittenAtEveryPlace) {
     std::mt19937 random(47);
-    static constexpr std::u16string_view kUnits =
-        u"&<>\"\\/\b\t\n\v\f\r\u0007\u000E\u007F\u0080é\u0192…\u4E2D\uFFFF";
+    static constexpr std::u16string_view kUnits = u"&<>\"\\/\b\t\n\v\f\r\u0007\u000E\u007F\u0080é\u0192…\u4E2D\uFFFF";
     for (std::size_t length = 0; length <= 200; ++length) {
         std::u16string source(length, u'a');
         for (std::size_t at = 0; at + 5 <= length; ++at) {

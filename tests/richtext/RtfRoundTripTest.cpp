@@ -33,7 +33,8 @@ TEST_P(RtfRoundTrip, TextWithFilesComesBackFromItsPackage) {
         const auto again = documentFromRtfd(rtfd.value());
         ASSERT_TRUE(again);
         ASSERT_EQ(described(again->text), described(document.text)) << rtfd->view();
-        // From then on, with equal neighbours joined and the defaults stated, the bytes are the same: nothing wears off.
+        // From then on, with equal neighbours joined and the defaults stated, the bytes are the same: nothing wears
+        // off.
         const auto second = rtfdFromDocument(*again, 0);
         ASSERT_EQ(rtfdFromDocument(documentFromRtfd(second.value()).value(), 0).value().view(), second->view());
     }
