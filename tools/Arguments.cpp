@@ -7,8 +7,10 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cctype>
 #include <charconv>
 #include <cmath>
+#include <cstdlib>
 #include <map>
 
 namespace quarry::tools {
@@ -169,7 +171,7 @@ std::optional<UsageError> readBatchArguments(Values& values, const CommandText& 
         return UsageError{
             fmt::format("--compress: '{}' is none of: {}", compression, choicesOf(command, "--compress"))};
     }
-    if (batch.output.empty() && (batch.files || !compression.empty())) {
+    if (command.name == "batch" && batch.output.empty() && (batch.files || !compression.empty())) {
         return UsageError{"--files and --compress need --output"};
     }
     if (values.text("--timeout").empty()) {
@@ -181,13 +183,52 @@ std::optional<UsageError> readBatchArguments(Values& values, const CommandText& 
     return std::nullopt;
 }
 
+std::optional<UsageError> readQueueArguments(Values& values, QueueArguments& queue) {
+    if (const std::string& job = values.text("--job"); !job.empty()) {
+        queue.job = job;
+    }
+    const auto isLetter = [](unsigned char c) { return std::isalnum(c) != 0 || c == '-' || c == '_'; };
+    if (queue.job.size() > 64 || !std::ranges::all_of(queue.job, isLetter)) {
+        return UsageError{fmt::format("--job: '{}' is no name: letters, digits, - and _, at most 64", queue.job)};
+    }
+    const char* known = std::getenv("QUARRY_QUEUE");
+    queue.server = !values.text("--server").empty()     ? values.text("--server")
+                   : known != nullptr && *known != '\0' ? known
+                                                        : "nats://127.0.0.1:4222";
+    queue.credentials = values.text("--credentials");
+    queue.authority = values.text("--ca");
+    queue.untilEmpty = values.flag("--until-empty");
+    queue.watch = values.flag("--watch");
+    if (const std::string& patience = values.text("--wait"); !patience.empty()) {
+        const auto seconds = secondsFromText(patience);
+        if (!seconds) {
+            return UsageError{fmt::format("--wait: '{}' is no number of seconds", patience)};
+        }
+        queue.patience = *seconds;
+    }
+    if (const std::string& lines = values.text("--shard"); !lines.empty()) {
+        const auto number = numberFromText(lines);
+        if (!number || *number == 0) {
+            return UsageError{fmt::format("--shard: '{}' is no number of lines", lines)};
+        }
+        queue.shardLines = *number;
+    }
+    return std::nullopt;
+}
+
 /// The option values as the command needs them.
 Parsed checked(const CommandText& command, Values& values, Invocation invocation) {
     if (auto error = readDocumentOptions(values, invocation.document)) {
         return *error;
     }
-    if (command.name == "batch") {
+    const bool isOfQueue = hasOption(command, "--job");
+    if (command.name == "batch" || isOfQueue) {
         if (auto error = readBatchArguments(values, command, invocation)) {
+            return *error;
+        }
+    }
+    if (isOfQueue) {
+        if (auto error = readQueueArguments(values, invocation.queue)) {
             return *error;
         }
     }

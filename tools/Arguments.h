@@ -37,12 +37,25 @@ struct BatchArguments {
     bool quiet = false;
 };
 
+/// Which message server, and which job on it.
+struct QueueArguments {
+    std::string job = "default";
+    std::string server;
+    std::string credentials;  ///< file; empty: none
+    std::string authority;    ///< file of trusted certificates; empty: no TLS
+    double patience = 30;     ///< seconds for which a server that is not there is tried
+    std::uint64_t shardLines = 0;
+    bool untilEmpty = false;
+    bool watch = false;
+};
+
 /// What the user asked for.
 struct Invocation {
     std::string command;
     std::vector<std::string> files;  ///< as they were named, in any encoding
     DocumentOptions document;
     BatchArguments batch;
+    QueueArguments queue;
     std::string output;  ///< of -o; empty when it is not given
     halden::JsonData data = halden::JsonData::summary;
     bool json = false;

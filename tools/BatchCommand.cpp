@@ -1,9 +1,8 @@
-#include "foundation/Path.h"
-#include "platform/types/ContentTypes.h"
 #include "tools/Commands.h"
 #include "tools/Guardian.h"
 #include "tools/Interruption.h"
 #include "tools/batch/Batch.h"
+#include "tools/batch/Documents.h"
 #include "tools/batch/Reporter.h"
 #include "tools/batch/ResultFiles.h"
 
@@ -21,16 +20,6 @@
 namespace quarry::tools {
 namespace {
 
-/// Whether a folder is one document, as its name says.
-bool isPackage(const std::string& path) {
-    const std::u16string name = halden::stringFromPathBytes(path);
-    return !halden::pathExtension(name).empty() && halden::contentTypeOfFile(name) != u"public.folder";
-}
-
-DocumentWalk walkOf(const Invocation& invocation) {
-    return {invocation.files, {invocation.batch.include, invocation.batch.exclude}, isPackage};
-}
-
 /// Says once that there is something to be read on `descriptor()`.
 class Event {
 public:
@@ -45,14 +34,6 @@ public:
 private:
     int descriptor_;
 };
-
-std::unique_ptr<BatchInput> inputOf(const Invocation& invocation, int standardInput, int stop) {
-    const BatchOperation& operation = *findBatchOperation(invocation.batch.operation);
-    if (invocation.files.empty()) {
-        return std::make_unique<LineInput>(standardInput, stop, operation);
-    }
-    return std::make_unique<WalkInput>(walkOf(invocation), operation);
-}
 
 BatchOptions optionsOf(const Invocation& invocation, const ResultFiles& files) {
     BatchOptions options{.slots = invocation.batch.slots != 0 ? invocation.batch.slots
@@ -109,7 +90,7 @@ Status batchCommand(const Invocation& invocation) {
     }
     const Event stop;
     const ResultFiles files(arguments.output);
-    const std::unique_ptr<BatchInput> input = inputOf(invocation, standardInput, stop.descriptor());
+    const std::unique_ptr<BatchInput> input = batchInputOf(invocation, standardInput, stop.descriptor());
     Batch batch(optionsOf(invocation, files), guardian->folder(), *input, results, journal);
 
     std::atomic<bool> stopped = false;
@@ -125,7 +106,7 @@ Status batchCommand(const Invocation& invocation) {
         std::function<std::uint64_t(const std::stop_token&)> count;
         if (!invocation.files.empty()) {
             count = [&](const std::stop_token& token) {
-                DocumentWalk walk = walkOf(invocation);
+                DocumentWalk walk = batchWalkOf(invocation);
                 std::uint64_t total = 0;
                 while (!token.stop_requested() && walk.next()) {
                     ++total;

@@ -55,36 +55,110 @@ constexpr std::array kImporterOptions{
     kHelp,
 };
 
+constexpr OptionText kHelpers{"-j", "N", "",
+                              "How many helpers work at the same time; by default one for each processor."};
+constexpr OptionText kOperation{
+    "--op", "NAME", "metadata supports pdf image pdf-data poster richtext webarchive html",
+    "What is asked about each document, metadata with its text by default: the name of the command that asks "
+    "it, or the operation's selector."};
+constexpr OptionText kInclude{"--include", "PATTERN", "",
+                              "Take only the files of folders whose names match; may be repeated.", true};
+constexpr OptionText kExclude{
+    "--exclude", "PATTERN", "",
+    "Leave out files, and folders with all that is in them; may be repeated. A pattern with a slash is "
+    "matched against the path below the folder that was named, one without against the name.",
+    true};
+constexpr OptionText kCompress{"--compress", "FORM", "gzip zstd", "Compress these files."};
+constexpr OptionText kShardSize{"--shard-size", "SIZE", "",
+                                "Begin a new one after so many bytes of results, 256M by default."};
+constexpr OptionText kBatchTimeout{
+    "--timeout", "SECONDS", "",
+    "Kill a helper that takes longer over a document, 60 seconds by default; fractions count, 0 means no "
+    "limit."};
+constexpr OptionText kBatchMemory{"--memory", "SIZE", "",
+                                  "Kill a helper that holds more resident memory, with its workers, 1G by default."};
+constexpr OptionText kRenew{"--renew", "N", "", "Replace a helper after N documents, 1000 by default; 0: never."};
+
 constexpr std::array kBatchOptions{
-    OptionText{"-j", "N", "", "How many helpers work at the same time; by default one for each processor."},
-    OptionText{
-        "--op", "NAME", "metadata supports pdf image pdf-data poster richtext webarchive html",
-        "What is asked about each document, metadata with its text by default: the name of the command that asks "
-        "it, or the operation's selector."},
-    OptionText{"--include", "PATTERN", "", "Take only the files of folders whose names match; may be repeated.", true},
-    OptionText{"--exclude", "PATTERN", "",
-               "Leave out files, and folders with all that is in them; may be repeated. A pattern with a slash is "
-               "matched against the path below the folder that was named, one without against the name.",
-               true},
+    kHelpers,
+    kOperation,
+    kInclude,
+    kExclude,
     OptionText{"--ordered", "", "", "Give the results in the order of the input."},
     OptionText{"--journal", "FILE", "",
                "Keep in FILE what is done. Started again with the same journal, the batch leaves out what is done and "
                "whose size and time have not changed."},
     OptionText{"--output", "DIR", "",
                "Write the results to DIR/results-00001.jsonl, results-00002.jsonl ... instead of standard output."},
-    OptionText{"--compress", "FORM", "gzip zstd", "Compress these files."},
-    OptionText{"--shard-size", "SIZE", "", "Begin a new one after so many bytes of results, 256M by default."},
+    kCompress,
+    kShardSize,
     OptionText{"--files", "", "",
                "Put thumbnails, PDF data and RTFD packages into files below DIR/files, and their names into the "
                "results."},
-    OptionText{"--timeout", "SECONDS", "",
-               "Kill a helper that takes longer over a document, 60 seconds by default; fractions count, 0 means no "
-               "limit."},
-    OptionText{"--memory", "SIZE", "",
-               "Kill a helper that holds more resident memory, with its workers, 1G by default."},
-    OptionText{"--renew", "N", "", "Replace a helper after N documents, 1000 by default; 0: never."},
+    kBatchTimeout,
+    kBatchMemory,
+    kRenew,
     OptionText{"--quiet", "", "", "Say nothing of how far the batch is, and no summary."},
     kDataForm,
+    kHelp,
+};
+
+constexpr OptionText kJob{"--job", "NAME", "", "Which job; 'default' without."};
+constexpr OptionText kServer{"--server", "URL", "",
+                             "The message server, nats://HOST:PORT or tls://HOST:PORT, several separated by commas; "
+                             "$QUARRY_QUEUE without, else nats://127.0.0.1:4222."};
+constexpr OptionText kCredentials{"--credentials", "FILE", "", "Who we are: a file of credentials."};
+constexpr OptionText kAuthority{"--ca", "FILE", "", "Use TLS, and trust the certificates of this file."};
+constexpr OptionText kWait{"--wait", "SECONDS", "",
+                           "How long a server that is not there is tried again, 30 seconds by default."};
+
+constexpr std::array kSubmitOptions{
+    kOperation,
+    kInclude,
+    kExclude,
+    OptionText{"--shard", "N", "",
+               "The files hold requests, as lines of JSON, and every worker can read them: submit references to N "
+               "lines each."},
+    kJob,
+    kServer,
+    kCredentials,
+    kAuthority,
+    kWait,
+    kHelp,
+};
+
+constexpr std::array kWorkerOptions{
+    kHelpers,
+    kOperation,
+    OptionText{"--output", "DIR", "", "Keep the results in this folder instead of the job's stream of results."},
+    kCompress,
+    kShardSize,
+    kBatchTimeout,
+    kBatchMemory,
+    kRenew,
+    OptionText{"--until-empty", "", "", "End when there is no work any more."},
+    OptionText{"--quiet", "", "", "No summary at the end."},
+    kJob,
+    kServer,
+    kCredentials,
+    kAuthority,
+    kWait,
+    kDataForm,
+    kHelp,
+};
+
+constexpr std::array kQueueOptions{
+    OptionText{"--watch", "", "", "Go on: a line every two seconds, or collect for ever."},
+    OptionText{"--output", "DIR", "",
+               "Collect the results into DIR/results-00001.jsonl ..., each of them once, until there is no work any "
+               "more."},
+    kCompress,
+    kShardSize,
+    kJob,
+    kServer,
+    kCredentials,
+    kAuthority,
+    kWait,
     kHelp,
 };
 
@@ -144,6 +218,25 @@ constexpr std::array kCommands{
         "batch "
         "goes on where it was, even after it was killed.",
         false, kBatchOptions},
+    CommandText{
+        "submit", "[PATH...]", "Put documents into a job of the queue",
+        "Puts a request for each file, and for each file in folders, into a job on a message server (NATS with "
+        "JetStream), or, without a path, the requests that come as JSON lines on standard input, as for 'batch'. "
+        "The paths must mean the same to the workers. What is submitted twice within an hour is there once.",
+        false, kSubmitOptions},
+    CommandText{"worker", "", "Work on a job of the queue",
+                "Takes requests off a job, carries them out with several helpers, and puts the results into the job's "
+                "stream of "
+                "results, or into a folder. A request leaves the job when its result is on a disk, and not before: "
+                "whatever ends, "
+                "a document, a helper, the worker, the machine or the server, its work is done by somebody. Documents "
+                "that crash, "
+                "hang or grow twice have their results in the job's stream of dead ones, too.",
+                false, kWorkerOptions},
+    CommandText{"queue", "", "Say how a job stands, or collect its results",
+                "Prints how many messages of a job are pending, running and redelivered, and how many results and dead "
+                "ones there are. Ends with status 1 when there are dead ones.",
+                false, kQueueOptions},
     CommandText{"importers", "", "List the importers and their content types",
                 "Prints the importer table in the order in which importers are asked: the path of each bundle, and "
                 "below it, indented, the content types that it declares. No importer is loaded.",
@@ -186,6 +279,9 @@ constexpr std::array kEnvironment{
     TermText{"QUARRY_RUNTIME_DIR",
              "Your registry folder, where --shared looks for a helper. By default $XDG_RUNTIME_DIR/quarry, else "
              "/run/user/UID/quarry, else /tmp/quarry-UID."},
+    TermText{"QUARRY_QUEUE",
+             "The message server of 'submit', 'worker' and 'queue', with a user and a password in it where "
+             "it asks for them."},
     TermText{"QUARRY_LIBREOFFICE", "The folder of LibreOffice's programs, when it is not in one of the usual places."},
     TermText{"TMPDIR",
              "Where the helper's workers have their private folders, which are removed with them; /tmp by default."},

@@ -1,11 +1,15 @@
 // quarry: reads documents through a helper process.
 #include "tools/Arguments.h"
 #include "tools/Commands.h"
+#include "tools/HelperSession.h"
 #include "tools/Manual.h"
 #include "tools/Output.h"
 
 #include <fmt/format.h>
+#include <unistd.h>
 
+#include <cerrno>
+#include <cstring>
 #include <exception>
 #include <functional>
 #include <string>
@@ -15,7 +19,20 @@ using namespace quarry::tools;
 
 namespace {
 
-Status run(const Invocation& invocation) {
+/// Becomes another program of the installation.
+Status runProgram(std::string_view name, const std::vector<std::string>& arguments) {
+    const std::string path = libexecPath(name);
+    std::vector<char*> words{const_cast<char*>(path.c_str())};
+    for (const std::string& argument : arguments) {
+        words.push_back(const_cast<char*>(argument.c_str()));
+    }
+    words.push_back(nullptr);
+    ::execv(path.c_str(), words.data());
+    printError(fmt::format("{}: {}; it comes in a package of its own", path, std::strerror(errno)));
+    return Status::failed;
+}
+
+Status run(const Invocation& invocation, const std::vector<std::string>& arguments) {
     if (invocation.command == "metadata") {
         return metadataCommand(invocation);
     }
@@ -33,6 +50,9 @@ Status run(const Invocation& invocation) {
     }
     if (invocation.command == "apply") {
         return applyCommand(invocation);
+    }
+    if (invocation.command == "submit" || invocation.command == "worker" || invocation.command == "queue") {
+        return runProgram("quarry-queue", arguments);
     }
     if (invocation.command == "batch") {
         return batchCommand(invocation);
@@ -54,7 +74,7 @@ Status start(const std::vector<std::string>& arguments) {
         return Status::result;
     }
     takeOverLog();
-    return run(std::get<Invocation>(parsed));
+    return run(std::get<Invocation>(parsed), arguments);
 }
 
 }  // namespace

@@ -151,6 +151,15 @@ bool BatchJournal::takeDone(const BatchRequest& request) {
     return true;
 }
 
+bool BatchJournal::contains(const Record& record) const {
+    const auto done = done_.find(record.key);
+    return done != done_.end() && done->second.fingerprint == record.fingerprint;
+}
+
+void BatchJournal::note(const Record& record) {
+    done_[record.key] = {record.fingerprint, 1};
+}
+
 bool BatchJournal::append(const Record& record, ResultPlace place) {
     return writeAll(file_, sealed(fmt::format("{:x} {:x} {:x} {:x} {:x}", record.key, record.fingerprint,
                                               static_cast<unsigned>(record.status), place.shard, place.length)));

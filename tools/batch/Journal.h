@@ -45,6 +45,10 @@ public:
     /// Taken before the document is opened, so that a change meanwhile is seen the next time.
     [[nodiscard]] static Record recordOf(const BatchRequest& request);
 
+    /// Whether there was such a record when the file was opened, or one was taken note of since.
+    [[nodiscard]] bool contains(const Record& record) const;
+    void note(const Record& record);
+
     /// Whether the record could be written.
     [[nodiscard]] bool append(const Record& record, ResultPlace place);
 

@@ -1,0 +1,350 @@
+#include "queue/Worker.h"
+
+#include "foundation/Data.h"
+#include "foundation/Json.h"
+#include "queue/WorkMessage.h"
+#include "tools/Output.h"
+
+#include <fmt/format.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <chrono>
+#include <thread>
+#include <utility>
+
+namespace quarry::queue {
+namespace {
+
+using namespace std::chrono_literals;
+using tools::BatchOutcome;
+using tools::BatchRequest;
+using tools::BatchStatus;
+
+constexpr std::size_t kWaitingOfSlot = 32;  // messages that wait for a helper
+constexpr std::int64_t kFetchMilliseconds = 1000;
+constexpr auto kBeat = 200ms;
+constexpr int kBeatsToSignOfLife = 10;
+constexpr int kBeatsToAdvisories = 10;
+constexpr double kDrainSeconds = 60;
+
+bool isDead(BatchStatus status) noexcept {
+    return status >= BatchStatus::timeout;  // and crash, oom, error
+}
+
+}  // namespace
+
+Worker::Worker(const Connection& connection, const Job& job, WorkerOptions options, const std::string& registryFolder,
+               MergedResults* folder)
+    : connection_(connection),
+      job_(job),
+      options_(std::move(options)),
+      folder_(folder),
+      publisher_(connection, job),
+      context_(connection.context()) {
+    job_.make(context_.get());
+    subscription_ = job_.subscribeToWork(context_.get());
+    for (unsigned i = 0; i < options_.slots; ++i) {
+        const std::string registry = fmt::format("{}/{}", registryFolder, i);
+        ::mkdir(registry.c_str(), 0700);
+        slots_.push_back(std::make_unique<tools::BatchSlot>(options_.slot, registry));
+    }
+}
+
+void Worker::run() {
+    std::jthread beater([this](const std::stop_token& stop) { beat(stop); });
+    std::vector<std::jthread> threads;
+    for (const auto& slot : slots_) {
+        threads.emplace_back([this, &slot] { work(*slot); });
+    }
+    while (!stops_) {
+        fetch();
+    }
+    {
+        const std::scoped_lock lock(mutex_);
+        // What nobody has begun goes back at once.
+        for (const DeliveryPointer& delivery : waiting_) {
+            natsMsg_Nak(delivery->message.get(), nullptr);
+            held_.erase(delivery);
+        }
+        waiting_.clear();
+        ended_ = true;
+        changed_.notify_all();
+    }
+    threads.clear();
+    const bool isDrained = publisher_.drain(kDrainSeconds);
+    commitFolder();
+    {
+        // What could not be finished or kept goes back at once.
+        const std::scoped_lock lock(mutex_);
+        for (const DeliveryPointer& delivery : held_) {
+            natsMsg_Nak(delivery->message.get(), nullptr);
+        }
+    }
+    natsConnection_FlushTimeout(connection_.get(), 5000);
+    if (!problem_.empty()) {
+        throw QueueError(problem_, NATS_ERR);
+    }
+    if (!isDrained) {
+        throw QueueError("results could not be stored; their documents will be delivered again", NATS_TIMEOUT);
+    }
+}
+
+void Worker::fetch() {
+    std::size_t room = 0;
+    {
+        std::unique_lock lock(mutex_);
+        const std::size_t most = kWaitingOfSlot * slots_.size();
+        changed_.wait_for(lock, 1s, [&] { return stops_ || waiting_.size() < most / 2; });
+        room = most - std::min(most, waiting_.size());
+    }
+    if (room == 0 || stops_) {
+        return;
+    }
+    natsMsgList list{};
+    jsErrCode code{};
+    const natsStatus status =
+        natsSubscription_Fetch(&list, subscription_.get(), static_cast<int>(room), kFetchMilliseconds, &code);
+    if (status == NATS_OK) {
+        for (int i = 0; i < list.Count; ++i) {
+            accept(std::exchange(list.Msgs[i], nullptr));
+        }
+    } else if (status != NATS_TIMEOUT) {
+        std::this_thread::sleep_for(500ms);  // the connection comes back by itself
+    } else if (options_.untilEmpty && isIdle()) {
+        stops_ = true;
+    }
+    natsMsgList_Destroy(&list);
+}
+
+void Worker::accept(natsMsg* message) {
+    const auto delivery = std::make_shared<Delivery>();
+    delivery->message.reset(message);
+    jsMsgMetaData* data = nullptr;
+    if (natsMsg_GetMetaData(&data, message) != NATS_OK) {
+        return;
+    }
+    const MetaDataOwner owner(data);
+    delivery->sequence = data->Sequence.Stream;
+    const std::scoped_lock lock(mutex_);
+    held_.insert(delivery);
+    waiting_.push_back(delivery);
+    changed_.notify_all();
+}
+
+/// Whether nobody has anything to do, here or elsewhere.
+bool Worker::isIdle() const {
+    {
+        const std::scoped_lock lock(mutex_);
+        if (!held_.empty()) {
+            return false;
+        }
+    }
+    try {
+        const JobNumbers numbers = job_.numbers(context_.get());
+        return numbers.pending == 0 && numbers.running == 0;
+    } catch (const QueueError&) {
+        return false;
+    }
+}
+
+void Worker::work(tools::BatchSlot& slot) {
+    while (const DeliveryPointer delivery = nextDelivery()) {
+        try {
+            carryOut(slot, delivery);
+        } catch (const std::exception& error) {
+            fail(error.what());
+        }
+    }
+}
+
+Worker::DeliveryPointer Worker::nextDelivery() {
+    std::unique_lock lock(mutex_);
+    changed_.wait(lock, [&] { return ended_ || !waiting_.empty(); });
+    if (waiting_.empty()) {
+        return nullptr;
+    }
+    DeliveryPointer delivery = std::move(waiting_.front());
+    waiting_.pop_front();
+    changed_.notify_all();
+    return delivery;
+}
+
+void Worker::carryOut(tools::BatchSlot& slot, const DeliveryPointer& delivery) {
+    const std::string_view text(natsMsg_GetData(delivery->message.get()),
+                                static_cast<std::size_t>(natsMsg_GetDataLength(delivery->message.get())));
+    if (const auto shard = shardOf(text)) {
+        carryOutShard(slot, delivery, *shard);
+    } else {
+        const auto* operation = tools::findBatchOperation(options_.operation);
+        BatchRequest request = tools::batchRequestFromJson(text, delivery->sequence, *operation);
+        keep(delivery, {delivery->sequence, 0}, request, slot.carryOut(request));
+    }
+    close(delivery);
+}
+
+void Worker::carryOutShard(tools::BatchSlot& slot, const DeliveryPointer& delivery, const Shard& shard) {
+    const auto* operation = tools::findBatchOperation(options_.operation);
+    const auto data = halden::Data::contentsOfFile(shard.path);
+    if (!data || shard.offset > data->length() || shard.length > data->length() - shard.offset) {
+        BatchRequest request;
+        request.number = delivery->sequence;
+        request.id = halden::Value(static_cast<std::int64_t>(delivery->sequence));
+        request.path = shard.path;
+        request.operation = operation;
+        BatchOutcome outcome;
+        outcome.status = BatchStatus::missing;
+        outcome.explanation = "the file of requests cannot be read, or has changed";
+        keep(delivery, {delivery->sequence, 0}, request, std::move(outcome));
+        return;
+    }
+    std::string_view text = data->view().substr(shard.offset, shard.length);
+    for (std::uint64_t line = 0; !text.empty() && !ended_; ++line) {
+        const std::size_t end = text.find('\n');
+        BatchRequest request = tools::batchRequestFromJson(text.substr(0, end), shard.first + line, *operation);
+        text = end == text.npos ? std::string_view() : text.substr(end + 1);
+        keep(delivery, {delivery->sequence, line + 1}, request, slot.carryOut(request));
+    }
+    if (!text.empty()) {
+        delivery->open += 1;  // never closed: the whole of it comes again, and its results are merged
+    }
+}
+
+void Worker::keep(const DeliveryPointer& delivery, ResultKey key, const BatchRequest& request, BatchOutcome outcome) {
+    const BatchStatus status = outcome.status;
+    const std::string line = tools::lineOf(request, std::move(outcome), options_.data);
+    {
+        const std::scoped_lock lock(mutex_);
+        tally_.add(status);
+    }
+    if (isDead(status)) {
+        ++delivery->open;
+        publisher_.publish(job_.deadSubject(), key, line, [this, delivery] { close(delivery); });
+    }
+    if (folder_ != nullptr) {
+        folder_->add(key, line);
+        return;
+    }
+    ++delivery->open;
+    publisher_.publish(job_.resultSubject(), key, line, [this, delivery] { close(delivery); });
+}
+
+/// One thing less that stands between the message and its acknowledgement.
+void Worker::close(const DeliveryPointer& delivery) {
+    if (--delivery->open != 0) {
+        return;
+    }
+    if (folder_ == nullptr) {
+        acknowledge(delivery);
+    } else {
+        const std::scoped_lock lock(mutex_);
+        uncommitted_.push_back(delivery);
+    }
+}
+
+void Worker::acknowledge(const DeliveryPointer& delivery) {
+    natsMsg_Ack(delivery->message.get(), nullptr);
+    const std::scoped_lock lock(mutex_);
+    held_.erase(delivery);
+}
+
+/// Puts the results of the folder on the disk, and then acknowledges their messages.
+void Worker::commitFolder() {
+    std::vector<DeliveryPointer> deliveries;
+    {
+        const std::scoped_lock lock(mutex_);
+        deliveries = std::exchange(uncommitted_, {});
+    }
+    if (deliveries.empty()) {
+        return;
+    }
+    try {
+        folder_->commit();
+    } catch (const QueueError& error) {
+        fail(error.what());
+        return;
+    }
+    for (const DeliveryPointer& delivery : deliveries) {
+        acknowledge(delivery);
+    }
+}
+
+void Worker::beat(const std::stop_token& stop) {
+    const SubscriptionOwner advisories = job_.subscribeToAdvisories(context_.get());
+    for (int beats = 1; !stop.stop_requested(); ++beats) {
+        std::this_thread::sleep_for(kBeat);
+        publisher_.retry();
+        commitFolder();
+        if (beats % kBeatsToSignOfLife == 0) {
+            signOfLife();
+        }
+        if (beats % kBeatsToAdvisories == 0) {
+            buryGivenUp(advisories.get());
+        }
+    }
+}
+
+void Worker::signOfLife() {
+    const std::scoped_lock lock(mutex_);
+    for (const DeliveryPointer& delivery : held_) {
+        natsMsg_InProgress(delivery->message.get(), nullptr);
+    }
+}
+
+/// Messages that the server does not deliver any more: each gets a result, and goes.
+void Worker::buryGivenUp(natsSubscription* advisories) {
+    constexpr int kMost = 32;
+    natsMsgList list{};
+    jsErrCode code{};
+    if (natsSubscription_Fetch(&list, advisories, kMost, 10, &code) != NATS_OK) {
+        natsMsgList_Destroy(&list);
+        return;
+    }
+    for (int i = 0; i < list.Count; ++i) {
+        const std::shared_ptr<natsMsg> advisory(std::exchange(list.Msgs[i], nullptr), natsMsg_Destroy);
+        const auto value = halden::valueFromJson(
+            {natsMsg_GetData(advisory.get()), static_cast<std::size_t>(natsMsg_GetDataLength(advisory.get()))});
+        const auto* dictionary = value ? value->as<halden::Dictionary>() : nullptr;
+        const auto* number = dictionary != nullptr ? dictionary->find(u"stream_seq") : nullptr;
+        const auto* sequence = number != nullptr ? number->as<std::int64_t>() : nullptr;
+        natsMsg* found = nullptr;
+        if (sequence == nullptr || js_GetMsg(&found, context_.get(), job_.workStream().c_str(),
+                                             static_cast<std::uint64_t>(*sequence), nullptr, &code) != NATS_OK) {
+            natsMsg_Ack(advisory.get(), nullptr);  // it was acknowledged after all
+            continue;
+        }
+        const MessageOwner message(found);
+        const auto key = static_cast<std::uint64_t>(*sequence);
+        BatchRequest request = tools::batchRequestFromJson(
+            {natsMsg_GetData(found), static_cast<std::size_t>(natsMsg_GetDataLength(found))}, key,
+            *tools::findBatchOperation(options_.operation));
+        BatchOutcome outcome;
+        outcome.status = BatchStatus::crash;
+        outcome.attempts = static_cast<int>(kMostDeliveries);
+        outcome.explanation = fmt::format("given up after {} deliveries", kMostDeliveries);
+        const std::string line = tools::lineOf(request, std::move(outcome), options_.data);
+        publisher_.publish(job_.deadSubject(), {key, 0}, line, [] {});
+        publisher_.publish(job_.resultSubject(), {key, 0}, line, [this, advisory, key] {
+            jsErrCode ignored{};
+            js_DeleteMsg(context_.get(), job_.workStream().c_str(), key, nullptr, &ignored);
+            natsMsg_Ack(advisory.get(), nullptr);
+        });
+    }
+    natsMsgList_Destroy(&list);
+}
+
+void Worker::fail(const std::string& problem) {
+    const std::scoped_lock lock(mutex_);
+    if (problem_.empty()) {
+        problem_ = problem;
+    }
+    stops_ = true;
+    changed_.notify_all();
+}
+
+tools::BatchTally Worker::tally() const {
+    const std::scoped_lock lock(mutex_);
+    return tally_;
+}
+
+}  // namespace quarry::queue
