@@ -2,6 +2,7 @@
 
 #include "documents/WebArchive.h"
 #include "foundation/Exception.h"
+#include "helper/ImageLoader.h"
 #include "richtext/FlatRtfd.h"
 #include "richtext/RtfdPackage.h"
 
@@ -54,17 +55,21 @@ bool QuarryHelper::writeRTFDDataToFile(const Data& rtfd, std::u16string_view pat
         false);
 }
 
+std::optional<Data> QuarryHelper::PDFImageRepOfFile(std::u16string_view path) {
+    return quarry::PDFImageRepOfFile(path);
+}
+
+std::optional<Dictionary> QuarryHelper::imageWithContentsOfFile(std::u16string_view path,
+                                                                halden::ImageWithContentsOfFileOptions options) {
+    const PdfInformation noInformation = [](const Data&, std::optional<std::u16string_view>, bool) {
+        return std::optional<Dictionary>();
+    };
+    return quarry::imageWithContentsOfFile(
+        path, {.stringFromPDF = options.stringFromPDF, .canUseSpotlight = options.canUseSpotlight}, noInformation);
+}
+
 // The operations below wait for their engines. Until then each answers what it answers for a document that it cannot
 // read: nil or NO.
-
-std::optional<Data> QuarryHelper::PDFImageRepOfFile(std::u16string_view) {
-    return std::nullopt;
-}
-
-std::optional<Dictionary> QuarryHelper::imageWithContentsOfFile(std::u16string_view,
-                                                                halden::ImageWithContentsOfFileOptions) {
-    return std::nullopt;
-}
 
 std::optional<Dictionary> QuarryHelper::attributedStringWithPDF(const Data&, halden::AttributedStringWithPDFOptions) {
     return std::nullopt;

@@ -43,6 +43,10 @@ public:
     /// its first picture alone.
     [[nodiscard]] virtual std::vector<ImageFrame> framesOf(const Data& file, ImageFormat format) const = 0;
 
+    /// The first of them, as it is stored or upright.
+    [[nodiscard]] virtual std::optional<ImageFrame> firstFrameOf(const Data& file, ImageFormat format,
+                                                                 Turning turning) const = 0;
+
     /// One picture (of SVG, too), in sRGB; nullopt when it cannot be decoded.
     [[nodiscard]] virtual std::optional<Bitmap> bitmapOf(const Data& file, ImageFormat format,
                                                          const BitmapRequest& request) const = 0;

@@ -11,6 +11,7 @@
 #include <tiffio.h>
 
 #include <algorithm>
+#include <climits>
 #include <cmath>
 #include <string_view>
 #include <utility>
@@ -42,14 +43,14 @@ void turn(ImageFrame& frame, int orientation) {
     std::swap(frame.xResolution, frame.yResolution);
 }
 
-ImageFrame frameOfJpeg(const JpegHeader& header) {
+ImageFrame frameOfJpeg(const JpegHeader& header, Turning turning) {
     ImageFrame frame{.size = {header.width, header.height}};
     const double unit = header.densityUnit == 2 ? kCentimetresPerInch : 1;
     if (header.exifXResolution > 0 && header.exifYResolution > 0)
         setResolution(frame, header.exifXResolution, header.exifYResolution);
     else if (header.densityUnit == 1 || header.densityUnit == 2)
         setResolution(frame, header.xDensity * unit, header.yDensity * unit);
-    turn(frame, header.orientation);
+    if (turning == Turning::upright) turn(frame, header.orientation);
     return frame;
 }
 
@@ -60,7 +61,7 @@ double resolutionFromMetre(std::uint32_t pixels) {
     return std::abs(resolution - whole) < 0.02 ? whole : resolution;
 }
 
-std::optional<ImageFrame> frameOfPicture(const Data& file, ImageFormat format, int index) {
+std::optional<ImageFrame> frameOfPicture(const Data& file, ImageFormat format, int index, Turning turning) {
     const VipsPicture picture = openPicture(file, format, index);
     if (!picture) return std::nullopt;
     ImageFrame frame{.size = {vips_image_get_width(picture.get()), vips_image_get_height(picture.get())},
@@ -78,7 +79,8 @@ std::optional<ImageFrame> frameOfPicture(const Data& file, ImageFormat format, i
         }
     }
     // HEIF pictures come upright from their library.
-    if (format != ImageFormat::heif) turn(frame, vips_image_get_orientation(picture.get()));
+    if (turning == Turning::upright && format != ImageFormat::heif)
+        turn(frame, vips_image_get_orientation(picture.get()));
     vips_error_clear();
     return frame;
 }
@@ -95,6 +97,51 @@ Data previewOf(const Data& file, int enough) {
     return Metadata(file).preview(enough);
 }
 
+std::vector<ImageFrame> framesOfIcon(const Data& file) {
+    std::vector<ImageFrame> frames;
+    for (const auto& element : icnsElementsOf(file)) {
+        ImageFrame frame{.size = element.size, .hasAlpha = true};
+        setResolution(frame, kPointsPerInch * element.scale, kPointsPerInch * element.scale);
+        frames.push_back(frame);
+    }
+    return frames;
+}
+
+/// As large as the largest preview.
+std::optional<ImageFrame> frameOfCameraRaw(const Data& file, Turning turning) {
+    const Metadata metadata(file);
+    const Data preview = metadata.preview(INT_MAX);
+    const ImageFormat format = imageFormatOf(preview.span());
+    std::optional<ImageFrame> frame;
+    if (format == ImageFormat::jpeg) {
+        if (const auto header = jpegHeaderOf(preview.span())) frame = frameOfJpeg(*header, Turning::asStored);
+    } else if (format == ImageFormat::tiff) {
+        frame = frameOfPicture(preview, format, 0, Turning::asStored);
+    }
+    if (frame && turning == Turning::upright) turn(*frame, metadata.orientation());
+    return frame;
+}
+
+std::vector<ImageFrame> readFrames(const Data& file, ImageFormat format, Turning turning, int most) {
+    std::vector<ImageFrame> frames;
+    if (format == ImageFormat::icns) return framesOfIcon(file);
+    if (format == ImageFormat::jpeg) {
+        if (const auto header = jpegHeaderOf(file.span())) frames.push_back(frameOfJpeg(*header, turning));
+        return frames;
+    }
+    if (format == ImageFormat::cameraRaw) {
+        if (const auto frame = frameOfCameraRaw(file, turning)) frames.push_back(*frame);
+        return frames;
+    }
+    const int count = most == 1 ? 1 : std::min(frameCount(file, format), most);
+    for (int index = 0; index < count; ++index) {
+        const auto frame = frameOfPicture(file, format, index, turning);
+        if (!frame) break;
+        frames.push_back(*frame);
+    }
+    return frames;
+}
+
 class VipsEngine final : public ImagesEngine {
 public:
     [[nodiscard]] std::string version() const override {
@@ -106,32 +153,13 @@ public:
     }
 
     [[nodiscard]] std::vector<ImageFrame> framesOf(const Data& file, ImageFormat format) const override {
-        std::vector<ImageFrame> frames;
-        if (format == ImageFormat::jpeg) {
-            if (const auto header = jpegHeaderOf(file.span())) frames.push_back(frameOfJpeg(*header));
-        } else if (format == ImageFormat::icns) {
-            for (const auto& element : icnsElementsOf(file)) {
-                ImageFrame frame{.size = element.size, .hasAlpha = true};
-                setResolution(frame, kPointsPerInch * element.scale, kPointsPerInch * element.scale);
-                frames.push_back(frame);
-            }
-        } else if (format == ImageFormat::cameraRaw) {
-            const Metadata metadata(file);
-            if (const auto header = jpegHeaderOf(metadata.preview(INT_MAX).span())) {
-                ImageFrame frame{.size = {header->width, header->height}};
-                turn(frame, metadata.orientation());
-                frames.push_back(frame);
-            }
-        } else {
-            const int count = std::min(frameCount(file, format), kMostFrames);
-            for (int index = 0; index < count; ++index) {
-                if (const auto frame = frameOfPicture(file, format, index))
-                    frames.push_back(*frame);
-                else if (format != ImageFormat::ico)
-                    break;
-            }
-        }
-        return frames;
+        return readFrames(file, format, Turning::upright, kMostFrames);
+    }
+
+    [[nodiscard]] std::optional<ImageFrame> firstFrameOf(const Data& file, ImageFormat format,
+                                                         Turning turning) const override {
+        const auto frames = readFrames(file, format, turning, 1);
+        return frames.empty() ? std::nullopt : std::optional(frames.front());
     }
 
     [[nodiscard]] std::optional<Bitmap> bitmapOf(const Data& file, ImageFormat format,
