@@ -21,7 +21,7 @@ namespace {
 // its length as a 64-bit little-endian number.
 constexpr char kJournalSocket[] = "/run/systemd/journal/socket";
 // A datagram beyond this would need a descriptor to travel; cutting a log line is the better bargain.
-constexpr std::size_t kMaxMessage = 64U * 1024;
+constexpr std::size_t kMaxMessage = std::size_t{64} << 10;
 
 enum class Threshold { none = -1, error, warning, info, debug };
 

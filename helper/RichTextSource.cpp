@@ -13,7 +13,6 @@ namespace {
 
 using halden::Data;
 using halden::OfficeFormat;
-using halden::Value;
 
 bool isFolder(const std::string& path) {
     struct stat status {};

@@ -16,6 +16,7 @@ constexpr std::u16string_view kNotices[] = {
     u"You have exceeded the allowed page load frequency. Please reload the page in 15 seconds.",
     u"You have exceeded the allowed page load frequency. Wait a few seconds, then you can refresh and continue.",
     u"You have exceeded the allowed page load frequency. Please wait a few seconds before reloading the page.",
+    // NOLINTNEXTLINE(bugprone-suspicious-missing-comma): one notice on two lines
     u"Due to spam, we limit the number of times a page can be loaded. You have exceeded the allowed page load "
     u"frequency.",
     u"You have exceeded the allowed page load frequency. Please wait a moment then try again. Thank you.",

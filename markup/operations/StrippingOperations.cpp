@@ -9,11 +9,11 @@ namespace {
 
 using Prefixes = std::optional<std::vector<std::u16string>>;
 
-std::u16string stripNamedTag(std::u16string html, std::optional<std::u16string> name) {
+std::u16string stripNamedTag(std::u16string html, const std::optional<std::u16string>& name) {
     return stripTag(std::move(html), utf8FromUtf16(name.value_or(u"")));
 }
 
-std::u16string stripAttributes(std::u16string html, std::optional<std::u16string> name) {
+std::u16string stripAttributes(std::u16string html, const std::optional<std::u16string>& name) {
     return stripAttributesOfTag(std::move(html), utf8FromUtf16(name.value_or(u"")));
 }
 

@@ -10,7 +10,7 @@
 namespace halden {
 namespace {
 
-constexpr std::size_t kMaxInfoLength = 4U * 1024 * 1024;
+constexpr std::size_t kMaxInfoLength = std::size_t{4} << 20;
 
 Dictionary readInfoDictionary(std::u16string_view bundlePath) {
     const auto path = pathBytesFromString(appendingPathComponent(bundlePath, u"Contents/Info.plist"));

@@ -239,7 +239,7 @@ private:
     }
 
     bool mayStart(Element element) {
-        const char* reason = nullptr;
+        const char* reason;
         if (open_.empty()) {
             if (element == Element::key) reason = "a key outside a dictionary";
         } else {
@@ -286,7 +286,7 @@ private:
 
     std::optional<Value> valueOf(Open& open) {
         std::optional<Value> value;
-        const char* reason = "";
+        const char* reason;
         switch (open.element) {
             case Element::integer:
                 value = integerFrom(text_);

@@ -15,7 +15,7 @@
 namespace {
 
 // Nobody searches for the words beyond; a log of many gigabytes must not fill the memory.
-constexpr std::size_t kMaxLength = 64U * 1024 * 1024;
+constexpr std::size_t kMaxLength = std::size_t{64} << 20;
 
 constexpr quarry_uuid kTypeID = QUARRY_IMPORTER_TYPE_ID;
 constexpr quarry_uuid kInterfaceID = QUARRY_IMPORTER_INTERFACE_ID;
