@@ -239,7 +239,7 @@ private:
     }
 
     bool mayStart(Element element) {
-        const char* reason;
+        const char* reason = nullptr;
         if (open_.empty()) {
             if (element == Element::key) reason = "a key outside a dictionary";
         } else {
