@@ -112,7 +112,10 @@ void readSegment(JpegHeader& header, int marker, std::span<const std::uint8_t> c
     const ByteReader segment(contents, ByteReader::Order::big);
     if (isFrame(marker) && contents.size() >= 6 && header.width == 0) readFrame(header, segment, marker);
     if (marker == 0xE0 && startsWith(contents, "JFIF\0"sv) && contents.size() >= 12) readJfif(header, segment);
-    if (marker == 0xE1 && startsWith(contents, "Exif\0\0"sv)) ExifReader(contents.subspan(6)).readInto(header);
+    if (marker == 0xE1 && !header.hasExif && startsWith(contents, "Exif\0\0"sv)) {
+        header.hasExif = true;
+        ExifReader(contents.subspan(6)).readInto(header);
+    }
     if (marker == 0xE2 && startsWith(contents, "ICC_PROFILE\0"sv)) header.hasProfile = true;
 }
 

@@ -25,6 +25,7 @@ struct JpegHeader {
     bool isProgressive = false;
     int orientation = 1;  ///< 1 to 8, as Exif counts them
 
+    bool hasExif = false;  ///< the first ones count
     bool hasJfif = false;
     int jfifVersion = 0;  ///< 0x0102 for 1.02
     int densityUnit = 0;  ///< 0: none, the densities are a ratio; 1: an inch; 2: a centimetre

@@ -69,9 +69,8 @@ std::optional<ImageFrame> frameOfPicture(const Data& file, ImageFormat format, i
     const double x = vips_image_get_xres(picture.get());
     const double y = vips_image_get_yres(picture.get());
     // The library has 1 pixel a millimetre for files that do not tell.
-    if (format == ImageFormat::tiff ? x != 1.0 || y != 1.0
-                                    : vips_image_get_typeof(picture.get(), "resolution-unit") != 0)
-        setResolution(frame, x * kMillimetresPerInch, y * kMillimetresPerInch);
+    const bool mayTell = format == ImageFormat::tiff || vips_image_get_typeof(picture.get(), "resolution-unit") != 0;
+    if (mayTell && (x != 1.0 || y != 1.0)) setResolution(frame, x * kMillimetresPerInch, y * kMillimetresPerInch);
     if (format == ImageFormat::png) {
         if (const auto header = pngHeaderOf(file.span())) {
             setResolution(frame, resolutionFromMetre(header->xPixelsPerMeter),

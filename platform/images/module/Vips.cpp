@@ -68,11 +68,17 @@ VipsPicture take(int status, VipsImage* picture) {
     return nullptr;
 }
 
+/// Null for a picture without a profile: its colours are taken for what they will be shown as, and asking for a
+/// conversion would shift them.
+const char* profileToExport(VipsImage* picture) {
+    return vips_image_get_typeof(picture, VIPS_META_ICC_NAME) != 0 ? "srgb" : nullptr;
+}
+
 VipsPicture thumbnailOf(VipsImage* picture, PixelSize size, bool isTurned) {
     VipsImage* result = nullptr;
     const int status =
         vips_thumbnail_image(picture, &result, size.width, "height", size.height, "size", VIPS_SIZE_FORCE, "no_rotate",
-                             isTurned ? FALSE : TRUE, "export_profile", "srgb", nullptr);
+                             isTurned ? FALSE : TRUE, "export_profile", profileToExport(picture), nullptr);
     return take(status, result);
 }
 
@@ -84,7 +90,8 @@ VipsPicture inEightBitRgb(VipsImage* picture) {
     }
     const VipsPicture owner(coloured);
     VipsImage* cast = nullptr;
-    return take(vips_cast_uchar(coloured, &cast, nullptr), cast);
+    const int status = vips_cast_uchar(coloured, &cast, nullptr);
+    return take(status, cast);
 }
 
 }  // namespace
@@ -175,10 +182,10 @@ std::optional<Bitmap> scaledBitmap(const Data& file, ImageFormat format, int fra
         // HEIF pictures come upright from their library, whatever their Exif data say.
         const bool turns = isTurned && format != ImageFormat::heif;
         VipsImage* result = nullptr;
-        const int status = vips_thumbnail_buffer(const_cast<std::uint8_t*>(file.bytes()), file.length(), &result,
-                                                 size.width, "height", size.height, "size", VIPS_SIZE_FORCE,
-                                                 "no_rotate", turns ? FALSE : TRUE, "export_profile", "srgb",
-                                                 "option_string", optionsFor(format, frame).c_str(), nullptr);
+        const int status = vips_thumbnail_buffer(
+            const_cast<std::uint8_t*>(file.bytes()), file.length(), &result, size.width, "height", size.height, "size",
+            VIPS_SIZE_FORCE, "no_rotate", turns ? FALSE : TRUE, "export_profile", profileToExport(header.get()),
+            "option_string", optionsFor(format, frame).c_str(), nullptr);
         scaled = take(status, result);
     }
     return scaled ? bitmapFromPicture(scaled.get()) : std::nullopt;
