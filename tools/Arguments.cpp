@@ -237,6 +237,9 @@ Parsed checked(const CommandText& command, Values& values, Invocation invocation
     } else if (!data.empty() && data != "summary") {
         return UsageError{fmt::format("--data: '{}' is none of: {}", data, choicesOf(command, "--data"))};
     }
+    invocation.image = {.text = values.flag("--text"),
+                        .spotlight = values.flag("--spotlight"),
+                        .thumbnail = values.text("--thumbnail")};
     invocation.output = values.text("-o");
     invocation.json = values.flag("--json");
     invocation.list = values.flag("--list");

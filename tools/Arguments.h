@@ -49,6 +49,13 @@ struct QueueArguments {
     bool watch = false;
 };
 
+/// What is wanted of a picture.
+struct ImageArguments {
+    bool text = false;       ///< of PDF and PostScript, with the information about them
+    bool spotlight = false;  ///< importers may be asked for it
+    std::string thumbnail;   ///< file to write; empty: none
+};
+
 /// What the user asked for.
 struct Invocation {
     std::string command;
@@ -56,6 +63,7 @@ struct Invocation {
     DocumentOptions document;
     BatchArguments batch;
     QueueArguments queue;
+    ImageArguments image;
     std::string output;  ///< of -o; empty when it is not given
     halden::JsonData data = halden::JsonData::summary;
     bool json = false;

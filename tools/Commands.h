@@ -10,6 +10,8 @@ Status metadataCommand(const Invocation& invocation);
 Status supportsCommand(const Invocation& invocation);
 Status richTextCommand(const Invocation& invocation);
 Status writeRtfdCommand(const Invocation& invocation);
+Status imageCommand(const Invocation& invocation);
+Status pdfDataCommand(const Invocation& invocation);
 Status importersCommand(const Invocation& invocation);
 Status applyCommand(const Invocation& invocation);
 Status webArchiveCommand(const Invocation& invocation);

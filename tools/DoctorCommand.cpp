@@ -1,9 +1,11 @@
 #include "foundation/Path.h"
 #include "platform/bundles/Paths.h"
+#include "platform/images/ImagesEngine.h"
 #include "platform/ipc/Registry.h"
 #include "platform/ipc/RootProxy.h"
 #include "platform/office/OfficeInstallation.h"
 #include "platform/pdf/PdfEngine.h"
+#include "platform/postscript/PostScript.h"
 #include "platform/worker/WorkFolder.h"
 #include "platform/worker/Worker.h"
 #include "tools/Commands.h"
@@ -64,6 +66,19 @@ void checkPdfEngine(Findings& findings) {
     } else {
         findings.bad("PDF engine", pdf.reason);
     }
+}
+
+void checkImages(Findings& findings) {
+    const halden::ImagesEngineStatus& images = halden::imagesEngineStatus();
+    if (images.engine != nullptr) {
+        findings.good("image engine", fmt::format("{}, {}", images.engine->version(),
+                                                  std::filesystem::path(images.path).lexically_normal().native()));
+    } else {
+        findings.bad("image engine", fmt::format("{}: pictures are not read", images.reason));
+    }
+    const std::string ghostscript = halden::ghostscriptPath();
+    findings.check(!ghostscript.empty(), "PostScript", ghostscript,
+                   "Ghostscript is not installed: PostScript and EPS are not read");
 }
 
 void checkOffice(Findings& findings) {
@@ -179,6 +194,7 @@ Status doctorCommand(const Invocation&) {
     findings.good("quarry", QUARRY_VERSION);
     checkProgram(findings, "helper", libexecPath("quarry-helper"));
     checkPdfEngine(findings);
+    checkImages(findings);
     checkWorkers(findings);
     checkOffice(findings);
     checkImporters(findings);

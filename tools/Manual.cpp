@@ -48,6 +48,20 @@ constexpr std::array kWriteRtfdOptions{
     kHelp,
 };
 
+constexpr std::array kImageOptions{
+    OptionText{"--text", "", "", "Add the text and the information of PDF and PostScript."},
+    OptionText{"--spotlight", "", "", "Let the importers give the text of PDF files."},
+    OptionText{"--thumbnail", "OUT", "", "Write the thumbnail into a file, as TIFF."},
+    kDataForm,
+    kHelp,
+};
+
+constexpr std::array kPdfDataOptions{
+    OptionText{"-o", "OUT", "", "The file to write."},
+    kDataForm,
+    kHelp,
+};
+
 constexpr std::array kHelpOnly{kHelp};
 
 constexpr std::array kImporterOptions{
@@ -184,6 +198,17 @@ constexpr std::array kCommands{
                 "the importer interface, else NO. Several files give one line each, the answer, a tab and the file "
                 "as it was named.",
                 true, kHelpOnly},
+    CommandText{
+        "image", "FILE", "Look at a picture",
+        "Prints what a picture says of itself, with a thumbnail of at most 256 by 256 pixels (TIFF data): for "
+        "pictures of pixels their \"Properties\"; for drawings (SVG, PDF, PostScript), and with --text for all, "
+        "the \"Size\" in points, the \"PixelSize\" and whether there is transparency (\"Alpha\"). A JPEG that "
+        "keeps a thumbnail is shown by it. null for a file that is no picture.",
+        true, kImageOptions},
+    CommandText{"pdf-data", "FILE", "Write the PDF content of a file",
+                "Writes the document of a PDF file or of a PDF bundle as it is, and that of a PostScript file as it is "
+                "made by Ghostscript. null for everything else.",
+                true, kPdfDataOptions},
     CommandText{"richtext", "FILE", "Read a document as rich text",
                 "Prints, as one JSON object, what the helper makes of the document: \"Rtfd\", the text with its "
                 "formatting and attachments as RTFD data, and \"DocumentAttributes\", what the document says of "

@@ -45,6 +45,12 @@ Status run(const Invocation& invocation, const std::vector<std::string>& argumen
     if (invocation.command == "write-rtfd") {
         return writeRtfdCommand(invocation);
     }
+    if (invocation.command == "image") {
+        return imageCommand(invocation);
+    }
+    if (invocation.command == "pdf-data") {
+        return pdfDataCommand(invocation);
+    }
     if (invocation.command == "importers") {
         return importersCommand(invocation);
     }
