@@ -2,7 +2,9 @@
 
 #include "documents/WebArchive.h"
 #include "foundation/Exception.h"
+#include "helper/HtmlReading.h"
 #include "helper/ImageLoader.h"
+#include "platform/net/LocalUrl.h"
 #include "richtext/FlatRtfd.h"
 #include "richtext/RtfdPackage.h"
 
@@ -68,6 +70,26 @@ std::optional<Dictionary> QuarryHelper::imageWithContentsOfFile(std::u16string_v
         path, {.stringFromPDF = options.stringFromPDF, .canUseSpotlight = options.canUseSpotlight}, noInformation);
 }
 
+std::optional<Data> QuarryHelper::RTFDWithHTML(const Data& html, const std::optional<std::u16string>& baseURL,
+                                               const std::optional<std::u16string>& charset,
+                                               halden::RTFDWithHTMLOptions options) {
+    return halden::guarded(
+        [&]() -> std::optional<Data> {
+            const auto base = baseURL ? halden::URLWithNormalizedStringURL(*baseURL) : std::nullopt;
+            const auto reading = htmlReadingOptions(base, charset.value_or(std::u16string()),
+                                                    options.allowRemoteRequest ? nullptr : this);
+            const auto text = renderer_.attributedStringWithHTML(html, reading);
+            if (!text) return std::nullopt;
+            return halden::rtfdFromDocument({*text, {}}, static_cast<std::uint32_t>(std::time(nullptr)));
+        },
+        std::optional<Data>());
+}
+
+halden::ResourceDecision QuarryHelper::willSendRequest(const halden::Url& request, const std::optional<halden::Url>&) {
+    using Kind = halden::ResourceDecision::Kind;
+    return {.kind = halden::isLocalURL(request) ? Kind::allow : Kind::deny};
+}
+
 // The operations below wait for their engines. Until then each answers what it answers for a document that it cannot
 // read: nil or NO.
 
@@ -76,11 +98,6 @@ std::optional<Dictionary> QuarryHelper::attributedStringWithPDF(const Data&, hal
 }
 
 std::optional<Dictionary> QuarryHelper::posterImageForMovieWithFile(std::u16string_view) {
-    return std::nullopt;
-}
-
-std::optional<Data> QuarryHelper::RTFDWithHTML(const Data&, const std::optional<std::u16string>&,
-                                               const std::optional<std::u16string>&, halden::RTFDWithHTMLOptions) {
     return std::nullopt;
 }
 

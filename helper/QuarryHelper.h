@@ -4,6 +4,7 @@
 #include "helper/RichTextReaders.h"
 #include "importers/MetaDataImporter.h"
 #include "platform/ipc/HaldenImExport.h"
+#include "platform/web/HtmlRenderer.h"
 
 #include <memory>
 #include <optional>
@@ -16,7 +17,7 @@ namespace quarry {
 /// Keeps nothing from one request to the next but the importer host with the plug-ins that it has loaded, and the
 /// worker that the readers of rich text start in advance: an operation that iterates the run loop may see another
 /// request dispatched inside it, so operations keep their state in locals.
-class QuarryHelper final : public halden::HaldenImExport {
+class QuarryHelper final : public halden::HaldenImExport, public halden::ResourceLoadDelegate {
 public:
     QuarryHelper();
 
@@ -34,6 +35,8 @@ public:
     std::optional<halden::Dictionary> searchableTextOfWebArchive(std::u16string_view path) override;
     /// Whether the RTFD data was written as a package; false for data that is no RTFD.
     bool writeRTFDDataToFile(const halden::Data& rtfd, std::u16string_view path) override;
+    /// The page as RTFD data: nil for nil data, and when there is no web engine or it fails. What does not load within
+    /// 15 s is left out. Without remote requests this object is the page's delegate.
     std::optional<halden::Data> RTFDWithHTML(const halden::Data& html, const std::optional<std::u16string>& baseURL,
                                              const std::optional<std::u16string>& charset,
                                              halden::RTFDWithHTMLOptions options) override;
@@ -43,8 +46,13 @@ public:
     std::optional<halden::Dictionary> metaDataForFile(std::u16string_view path) override;
     bool supportsFile(std::u16string_view path) override;
 
+    /// Lets requests for local addresses through, whatever redirected to them, and no others.
+    halden::ResourceDecision willSendRequest(const halden::Url& request,
+                                             const std::optional<halden::Url>& redirectedFrom) override;
+
 private:
     std::unique_ptr<MetaDataImporter> mdimporter_;
+    halden::HtmlRenderer renderer_;
     RichTextReaders readers_;
 };
 

@@ -82,6 +82,9 @@ public:
     /// comes within `limit`, or the line exceeds 64 KiB.
     [[nodiscard]] std::optional<std::string> receiveLine(std::chrono::milliseconds limit);
 
+    /// Our end of the job's socket, for those who wait for it among other things; -1 without one.
+    [[nodiscard]] int channel() const noexcept { return channel_; }
+
     [[nodiscard]] bool isRunning() noexcept { return task_.isRunning(); }
     /// Of quarry-exec, whose child the job is; 0 before the launch.
     [[nodiscard]] pid_t processIdentifier() const noexcept { return task_.processIdentifier(); }

@@ -44,7 +44,6 @@ TEST_F(HelperProcessTest, OperationsWithoutEngineAnswerNilOrNo) {
     EXPECT_FALSE(helper.imageWithContentsOfFile(path, {.stringFromPDF = true}));
     EXPECT_FALSE(helper.attributedStringWithPDF(Data::copying("x"), {}));
     EXPECT_FALSE(helper.posterImageForMovieWithFile(path));
-    EXPECT_FALSE(helper.RTFDWithHTML(Data::copying("x"), std::nullopt, u"utf-8", {}));
 }
 
 TEST_F(HelperProcessTest, WebArchivesGiveTheirText) {
