@@ -57,12 +57,15 @@ PDFImageRep::~PDFImageRep() = default;
 std::unique_ptr<PDFImageRep> PDFImageRep::imageRepWithData(const Data& data) {
     auto document = PdfDocument::documentWithData(data, {.seconds = kLongestDrawing});
     if (!document || document->isLocked() || document->pageCount() == 0) return nullptr;
-    const auto size = document->mediaBoxOfPage(0);
+    const auto size = document->shownSizeOfPage(0);
     return size ? std::unique_ptr<PDFImageRep>(new PDFImageRep(data, std::move(document), *size)) : nullptr;
 }
 
-std::optional<Bitmap> PDFImageRep::draw(PixelSize) {
-    return std::nullopt;
+std::optional<Bitmap> PDFImageRep::draw(PixelSize size) {
+    auto picture = document_->drawPage(0, size.width, size.height);
+    if (!picture) return std::nullopt;
+    return Bitmap{
+        .width = picture->width, .height = picture->height, .channels = 3, .pixels = std::move(picture->pixels)};
 }
 
 std::unique_ptr<EPSImageRep> EPSImageRep::imageRepWithData(const Data& data) {

@@ -6,9 +6,11 @@
 #include "foundation/Value.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace halden {
 
@@ -20,6 +22,13 @@ struct PdfLimits {
     /// for memory, so that most work ends soon after, but a stretch without any (unpacking long runs of blanks) does
     /// not.
     double seconds = 0;
+};
+
+/// A page as a picture: 3 bytes a pixel (red, green, blue), rows from the top without gaps.
+struct PdfPicture {
+    int width = 0;
+    int height = 0;
+    std::vector<std::uint8_t> pixels;
 };
 
 /// An open document. Pages are numbered from 0.
@@ -52,6 +61,15 @@ public:
     /// The media box of a page, inherited or not, in points and before rotation; a letter's when the page has none that
     /// is usable. nullopt for a page that cannot be had.
     [[nodiscard]] virtual std::optional<Size> mediaBoxOfPage(int page) = 0;
+
+    /// The size of a page as it is shown, in points: cut to its crop box, turned and scaled as the page says. nullopt for
+    /// a page that cannot be had, and for a locked document.
+    [[nodiscard]] virtual std::optional<Size> shownSizeOfPage(int page) = 0;
+
+    /// That page on white with its annotations and form fields, in exactly that many pixels. Whatever breaks off in the
+    /// middle, a limit included, is drawn up to there. nullopt when it cannot be had, the document is locked, or a side
+    /// is not from 1 to 16,384.
+    [[nodiscard]] virtual std::optional<PdfPicture> drawPage(int page, int width, int height) = 0;
 
     /// The text of a page: lines joined by line feeds, in the order of the page's content; then that of its annotations
     /// and form fields. Ligatures are kept, words are not joined over lines, glyphs without a known character are left

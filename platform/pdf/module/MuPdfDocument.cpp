@@ -1,12 +1,13 @@
 #include "platform/pdf/module/MuPdfDocument.h"
 
+#include "platform/pdf/module/Drawing.h"
 #include "platform/pdf/module/Information.h"
 #include "platform/pdf/module/MaskedStream.h"
+#include "platform/pdf/module/Number.h"
 #include "platform/pdf/module/Rebuild.h"
 #include "platform/pdf/module/StructuredText.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 
 namespace halden::pdf {
@@ -39,15 +40,6 @@ bool isIdentity(fz_context* engine, pdf_obj* encryption, pdf_obj* key) {
 
 fz_stream* newStreamOfBytes(fz_context* engine, const Data& data) {
     return fz_open_memory(engine, data.bytes(), data.length());
-}
-
-/// The number that the document has: the engine keeps floats, whose shortest digits are those that were written.
-double numberAsWritten(float number) {
-    char digits[32];
-    const auto written = std::to_chars(std::begin(digits), std::end(digits), number);
-    double exact = number;
-    std::from_chars(digits, written.ptr, exact);
-    return exact;
 }
 
 }  // namespace
@@ -145,6 +137,22 @@ std::optional<Size> MuPdfDocument::mediaBoxOfPage(int page) {
                     std::abs(numberAsWritten(box[3]) - numberAsWritten(box[1]))};
     const bool isUsable = size.width > 0 && size.height > 0 && std::isfinite(size.width) && std::isfinite(size.height);
     return isUsable ? size : kLetter;
+}
+
+std::optional<Size> MuPdfDocument::shownSizeOfPage(int page) {
+    if (isLocked_ || page < 0 || page >= pageCount_) return std::nullopt;
+    context_.beginCall();
+    preparePageMap(page);
+    return pdf::shownSizeOfPage(context_, document_, page);
+}
+
+std::optional<PdfPicture> MuPdfDocument::drawPage(int page, int width, int height) {
+    constexpr int kLargestSide = 16384;
+    const bool isPossible = width > 0 && height > 0 && width <= kLargestSide && height <= kLargestSide;
+    if (isLocked_ || page < 0 || page >= pageCount_ || !isPossible) return std::nullopt;
+    context_.beginCall();
+    preparePageMap(page);
+    return pdf::drawPage(context_, document_, page, width, height);
 }
 
 std::optional<std::u16string> MuPdfDocument::textOfPage(int page) {

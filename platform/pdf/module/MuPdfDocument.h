@@ -18,6 +18,8 @@ public:
     [[nodiscard]] int pageCount() const noexcept override { return pageCount_; }
     [[nodiscard]] std::string version() override;
     [[nodiscard]] std::optional<Size> mediaBoxOfPage(int page) override;
+    [[nodiscard]] std::optional<Size> shownSizeOfPage(int page) override;
+    [[nodiscard]] std::optional<PdfPicture> drawPage(int page, int width, int height) override;
     [[nodiscard]] std::optional<std::u16string> textOfPage(int page) override;
     [[nodiscard]] Dictionary documentAttributes() override;
 
