@@ -4,6 +4,7 @@
 #include "foundation/Exception.h"
 #include "helper/HtmlReading.h"
 #include "helper/ImageLoader.h"
+#include "helper/PdfInformation.h"
 #include "platform/net/LocalUrl.h"
 #include "richtext/FlatRtfd.h"
 #include "richtext/RtfdPackage.h"
@@ -63,11 +64,13 @@ std::optional<Data> QuarryHelper::PDFImageRepOfFile(std::u16string_view path) {
 
 std::optional<Dictionary> QuarryHelper::imageWithContentsOfFile(std::u16string_view path,
                                                                 halden::ImageWithContentsOfFileOptions options) {
-    const PdfInformation noInformation = [](const Data&, std::optional<std::u16string_view>, bool) {
-        return std::optional<Dictionary>();
+    const PdfInformation information = [this](const Data& pdf, std::optional<std::u16string_view> file, bool size) {
+        return informationOfPdf(pdf, {.path = file, .size = size}, [this](std::u16string_view document) {
+            return mdimporter_->textContentOfFileAtPath(document);
+        });
     };
     return quarry::imageWithContentsOfFile(
-        path, {.stringFromPDF = options.stringFromPDF, .canUseSpotlight = options.canUseSpotlight}, noInformation);
+        path, {.stringFromPDF = options.stringFromPDF, .canUseSpotlight = options.canUseSpotlight}, information);
 }
 
 std::optional<Data> QuarryHelper::RTFDWithHTML(const Data& html, const std::optional<std::u16string>& baseURL,

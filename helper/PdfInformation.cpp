@@ -1,0 +1,111 @@
+#include "helper/PdfInformation.h"
+
+#include "foundation/Exception.h"
+#include "foundation/StringNormalization.h"
+
+#include <algorithm>
+#include <chrono>
+#include <utility>
+
+namespace quarry {
+namespace {
+
+using halden::Dictionary;
+using halden::PdfDocument;
+using Clock = std::chrono::steady_clock;
+
+constexpr double kLongestReading = 60;
+constexpr std::size_t kUnitsPerPage = 2048;
+// A count of pages is only what the document says: more room is made when there is text for it.
+constexpr int kMostPagesOfRoom = 1000;
+
+char16_t lower(char16_t unit) {
+    return unit >= u'A' && unit <= u'Z' ? static_cast<char16_t>(unit + (u'a' - u'A')) : unit;
+}
+
+bool isSameLetter(char16_t a, char16_t b) {
+    return lower(a) == lower(b);
+}
+
+bool contains(std::u16string_view text, std::u16string_view word) {
+    return !std::ranges::search(text, word, isSameLetter).empty();
+}
+
+bool endsWith(std::u16string_view text, std::u16string_view word) {
+    return text.size() >= word.size() && std::ranges::equal(text.substr(text.size() - word.size()), word, isSameLetter);
+}
+
+double secondsSince(Clock::time_point start) {
+    return std::chrono::duration<double>(Clock::now() - start).count();
+}
+
+/// Of a page that throws there is none, and the others stay.
+std::u16string textOfPage(PdfDocument& document, int page) {
+    return halden::guarded(
+        [&] {
+            auto text = document.textOfPage(page);
+            if (!text || text->empty()) return std::u16string();
+            halden::fixAndNormalizeString(*text);
+            text->push_back(u'\n');
+            return std::move(*text);
+        },
+        std::u16string());
+}
+
+std::optional<std::u16string> textOfDocument(PdfDocument& document, const Dictionary& attributes,
+                                             const PdfInformationOptions& options, const ImporterText& importerText) {
+    const halden::Value* producer = attributes.find(u"Producer");
+    const auto* name = producer != nullptr ? producer->as<std::u16string>() : nullptr;
+    if (options.path && name != nullptr && importersMayRead(*name)) {
+        if (auto text = importerText(*options.path)) return halden::fixedAndNormalizedString(std::move(*text));
+    }
+    return fixedAndNormalizedStringUsingTimeout(document, kLongestReading);
+}
+
+void addSize(Dictionary& result, PdfDocument& document) {
+    const std::u16string size = NSStringFromSize(document.mediaBoxOfPage(0).value_or(halden::Size{}));
+    result.set(u"Size", size);
+    result.set(u"PixelSize", size);
+    result.set(u"Alpha", false);
+}
+
+}  // namespace
+
+bool importersMayRead(std::u16string_view producer) {
+    return !producer.empty() && !contains(producer, u"Compart") && !contains(producer, u"Ghostscript") &&
+           !endsWith(producer, u"Quartz PDFContext");
+}
+
+std::optional<std::u16string> fixedAndNormalizedStringUsingTimeout(PdfDocument& document, double timeout) {
+    const int pages = document.pageCount();
+    if (pages <= 0) return std::nullopt;
+    const auto start = Clock::now();
+    std::u16string text;
+    text.reserve(kUnitsPerPage * static_cast<std::size_t>(std::min(pages, kMostPagesOfRoom)));
+    for (int page = 0; page < pages; ++page) {
+        const auto pageStart = Clock::now();
+        text += textOfPage(document, page);
+        if (timeout > 0 && secondsSince(start) + secondsSince(pageStart) >= timeout) break;
+    }
+    return text;
+}
+
+std::optional<Dictionary> informationOfPdf(const halden::Data& pdf, const PdfInformationOptions& options,
+                                           const ImporterText& importerText) {
+    const auto document = PdfDocument::documentWithData(pdf, {.seconds = kLongestReading});
+    if (!document) return std::nullopt;
+    const Dictionary attributes = document->documentAttributes();
+    Dictionary result;
+    if (document->isLocked()) {
+        result.set(u"Locked", true);
+    } else if (auto text = textOfDocument(*document, attributes, options, importerText)) {
+        result.set(u"String", std::move(*text));
+    }
+    result.set(u"PageCount", document->pageCount());
+    for (const auto& entry : attributes)
+        result.set(entry.key, entry.value);
+    if (options.size && document->pageCount() > 0) addSize(result, *document);
+    return result;
+}
+
+}  // namespace quarry

@@ -1,0 +1,45 @@
+// The text of PDF documents, and what they say of themselves.
+#pragma once
+
+#include "foundation/Data.h"
+#include "foundation/Value.h"
+#include "platform/pdf/PdfDocument.h"
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace quarry {
+
+/// Asks the importers for the text of a file.
+using ImporterText = std::function<std::optional<std::u16string>(std::u16string_view path)>;
+
+struct PdfInformationOptions {
+    std::optional<std::u16string_view> path{};  ///< of the document; without one no importer is asked
+    bool size = false;                          ///< add "Size", "PixelSize" and "Alpha"
+};
+
+/// "String", the text, or "Locked"; "PageCount"; the document attributes; and, when they are asked for and there is a
+/// page, "Size" and "PixelSize" of the first one's media box and "Alpha", which is false. nullopt for data that are no
+/// PDF.
+///
+/// The importers are asked first where there is a path, unless the producer is one whose documents they read badly; the
+/// document's own text takes at most about a minute.
+[[nodiscard]] std::optional<halden::Dictionary> informationOfPdf(const halden::Data& pdf,
+                                                                 const PdfInformationOptions& options,
+                                                                 const ImporterText& importerText);
+
+/// Whether the importers may be asked for the text of a document by this producer: not when it is empty, holds
+/// "Compart" or "Ghostscript", or ends with "Quartz PDFContext", all in any case.
+[[nodiscard]] bool importersMayRead(std::u16string_view producer);
+
+/// The text of all pages, repaired and normalised, each with a line feed after it; pages without text add nothing.
+/// nullopt for a document without pages.
+///
+/// With a limit above zero (seconds), reading stops after a page when the time since the start and the time of that
+/// page together reach it: the page's time counts twice, so that a slow page ends it sooner.
+[[nodiscard]] std::optional<std::u16string> fixedAndNormalizedStringUsingTimeout(halden::PdfDocument& document,
+                                                                                 double timeout);
+
+}  // namespace quarry
