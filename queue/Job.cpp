@@ -116,9 +116,12 @@ JobNumbers Job::numbers(jsCtx* context) const {
     jsConsumerInfo* info = nullptr;
     check(js_GetConsumerInfo(&info, context, workStream().c_str(), kWorkers, nullptr, &code), workStream(), code);
     const ConsumerInfoOwner owner(info);
-    numbers.pending = info->NumPending;
-    numbers.running = static_cast<std::uint64_t>(info->NumAckPending);
-    numbers.redelivered = static_cast<std::uint64_t>(info->NumRedelivered);
+    // The stream knows what there is. After a crash of the server the consumer may go on waiting for messages that were
+    // acknowledged and are gone.
+    const std::uint64_t messages = infoOf(context, workStream())->State.Msgs;
+    numbers.running = std::min(static_cast<std::uint64_t>(info->NumAckPending), messages);
+    numbers.pending = messages - numbers.running;
+    numbers.redelivered = std::min(static_cast<std::uint64_t>(info->NumRedelivered), numbers.running);
     numbers.results = infoOf(context, resultStream())->State.LastSeq;
     numbers.dead = infoOf(context, deadStream())->State.Msgs;
     return numbers;

@@ -44,7 +44,7 @@ const Dispatcher& dispatcher() {
 
 /// Bytes of standard input, as many as there are now; none at its end.
 std::string_view readInput() {
-    static std::array<char, 64 * 1024> buffer;
+    static std::array<char, 65536> buffer;
     for (;;) {
         const ssize_t count = ::read(STDIN_FILENO, buffer.data(), buffer.size());
         if (count >= 0) return {buffer.data(), static_cast<std::size_t>(count)};

@@ -95,7 +95,7 @@ std::optional<std::string> BatchResults::open() {
         return fmt::format("{}: there are results, and no journal to go on from", options_.folder);
     }
     const std::uint64_t shard = std::max<std::uint64_t>(journal_.place().shard, 1);
-    if (const auto problem = dropShardsBeyond(shard)) {
+    if (auto problem = dropShardsBeyond(shard)) {
         return problem;
     }
     return openShard(shard, journal_.place().length);
