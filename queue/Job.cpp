@@ -116,11 +116,10 @@ JobNumbers Job::numbers(jsCtx* context) const {
     jsConsumerInfo* info = nullptr;
     check(js_GetConsumerInfo(&info, context, workStream().c_str(), kWorkers, nullptr, &code), workStream(), code);
     const ConsumerInfoOwner owner(info);
-    // The stream knows what there is. After a crash of the server the consumer may go on waiting for messages that were
-    // acknowledged and are gone.
+    // After a crash of the server its consumer may wait for messages that are gone.
     const std::uint64_t messages = infoOf(context, workStream())->State.Msgs;
-    numbers.running = std::min(static_cast<std::uint64_t>(info->NumAckPending), messages);
-    numbers.pending = messages - numbers.running;
+    numbers.pending = std::min(info->NumPending, messages);
+    numbers.running = std::min(static_cast<std::uint64_t>(info->NumAckPending), messages - numbers.pending);
     numbers.redelivered = std::min(static_cast<std::uint64_t>(info->NumRedelivered), numbers.running);
     numbers.results = infoOf(context, resultStream())->State.LastSeq;
     numbers.dead = infoOf(context, deadStream())->State.Msgs;
@@ -129,6 +128,22 @@ JobNumbers Job::numbers(jsCtx* context) const {
 
 std::string Job::advisorySubject() const {
     return fmt::format("$JS.EVENT.ADVISORY.CONSUMER.MAX_DELIVERIES.{}.{}", workStream(), kWorkers);
+}
+
+void Job::dropAcknowledged(jsCtx* context) const {
+    jsErrCode code{};
+    jsConsumerInfo* info = nullptr;
+    check(js_GetConsumerInfo(&info, context, workStream().c_str(), kWorkers, nullptr, &code), workStream(), code);
+    const ConsumerInfoOwner owner(info);
+    const std::uint64_t floor = info->AckFloor.Stream;
+    const StreamInfoOwner stream = infoOf(context, workStream());
+    if (stream->State.Msgs == 0 || stream->State.FirstSeq > floor) {
+        return;
+    }
+    jsOptions options;
+    check(jsOptions_Init(&options), "options");
+    options.Stream.Purge.Sequence = floor + 1;
+    check(js_PurgeStream(context, workStream().c_str(), &options, &code), workStream(), code);
 }
 
 SubscriptionOwner Job::subscribeToWork(jsCtx* context) const {

@@ -51,6 +51,10 @@ public:
     /// Throws `QueueError` when the job is not there.
     [[nodiscard]] JobNumbers numbers(jsCtx* context) const;
 
+    /// Drops messages that were acknowledged and are there all the same, as after a crash of the server. Throws
+    /// `QueueError`.
+    void dropAcknowledged(jsCtx* context) const;
+
     /// The durable consumers that all workers share, and that of who collects results. Throw `QueueError`.
     [[nodiscard]] SubscriptionOwner subscribeToWork(jsCtx* context) const;
     [[nodiscard]] SubscriptionOwner subscribeToAdvisories(jsCtx* context) const;

@@ -141,6 +141,7 @@ bool Worker::isIdle() const {
         }
     }
     try {
+        job_.dropAcknowledged(context_.get());
         const JobNumbers numbers = job_.numbers(context_.get());
         return numbers.pending == 0 && numbers.running == 0;
     } catch (const QueueError&) {
