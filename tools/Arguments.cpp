@@ -1,5 +1,7 @@
 #include "tools/Arguments.h"
 
+#include "foundation/Unicode.h"
+#include "foundation/Url.h"
 #include "tools/Manual.h"
 #include "tools/batch/Request.h"
 
@@ -240,6 +242,15 @@ Parsed checked(const CommandText& command, Values& values, Invocation invocation
     invocation.image = {.text = values.flag("--text"),
                         .spotlight = values.flag("--spotlight"),
                         .thumbnail = values.text("--thumbnail")};
+    invocation.markup = {
+        .url = values.text("--url"), .styleSheet = values.text("--style-sheet"), .html = values.flag("--html")};
+    if (!invocation.markup.styleSheet.empty() && !invocation.markup.html) {
+        return UsageError{"--style-sheet needs --html"};
+    }
+    if (!invocation.markup.url.empty() &&
+        !halden::URLWithNormalizedStringURL(halden::utf16FromUtf8(invocation.markup.url))) {
+        return UsageError{fmt::format("--url: '{}' is no URL", invocation.markup.url)};
+    }
     invocation.output = values.text("-o");
     invocation.json = values.flag("--json");
     invocation.list = values.flag("--list");

@@ -56,6 +56,13 @@ struct ImageArguments {
     std::string thumbnail;   ///< file to write; empty: none
 };
 
+/// What is wanted of a page or a feed that is read without a helper.
+struct MarkupArguments {
+    std::string url;         ///< where it is from; empty: not known
+    std::string styleSheet;  ///< file; empty: none
+    bool html = false;       ///< the feed as a page
+};
+
 /// What the user asked for.
 struct Invocation {
     std::string command;
@@ -64,6 +71,7 @@ struct Invocation {
     BatchArguments batch;
     QueueArguments queue;
     ImageArguments image;
+    MarkupArguments markup;
     std::string output;  ///< of -o; empty when it is not given
     halden::JsonData data = halden::JsonData::summary;
     bool json = false;

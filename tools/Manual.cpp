@@ -48,6 +48,18 @@ constexpr std::array kWriteRtfdOptions{
     kHelp,
 };
 
+constexpr std::array kPageOptions{
+    OptionText{"--url", "URL", "", "The page's own address: addresses in the page become absolute."},
+    kHelp,
+};
+
+constexpr std::array kFeedOptions{
+    OptionText{"--html", "", "", "Print the feed as a page."},
+    OptionText{"--url", "URL", "", "The feed's own address, which links that begin with a slash are relative to."},
+    OptionText{"--style-sheet", "FILE", "", "With --html, the page contains this style sheet."},
+    kHelp,
+};
+
 constexpr std::array kImageOptions{
     OptionText{"--text", "", "", "Add the text and the information of PDF and PostScript."},
     OptionText{"--spotlight", "", "", "Let the importers give the text of PDF files."},
@@ -227,6 +239,20 @@ constexpr std::array kCommands{
                 "gives {}. A single file gives an indented object, several one line each.",
                 true, kHelpOnly},
     CommandText{
+        "page", "FILE", "Say what a page is about, and what it refers to",
+        "Prints a JSON object about an HTML page, from a file or from standard input ('-'): \"title\", "
+        "\"description\", \"date\", \"canonicalURL\", \"baseURL\" (of its base element), \"favIcon\", \"links\", "
+        "\"images\", \"feeds\" (that it offers), and whether it is itself a feed (\"isFeed\"), holds one main "
+        "article (\"isArticle\"), or is a server's notice of an error (\"isErrorPage\"). null for an empty file.",
+        false, kPageOptions},
+    CommandText{
+        "feed", "FILE", "Print the items of a feed, or the feed as a page",
+        "Prints the items of an RSS, RDF or Atom feed, from a file or from standard input ('-'), as a JSON "
+        "array: \"title\", \"description\", \"content\", \"author\", \"date\" (as it is written), "
+        "\"calendarDate\" (where that can be read), \"link\", \"tags\" and \"enclosures\". Malformed feeds give the "
+        "items that are complete; null for what is no feed.",
+        false, kFeedOptions},
+    CommandText{
         "batch", "[PATH...]", "Read many documents with many helpers",
         "Reads files, and all files in folders, and prints one JSON object a line for each: \"id\" (its number), "
         "\"path\", \"status\", \"attempts\", \"milliseconds\", \"result\", and \"error\" where something failed. "
@@ -328,6 +354,7 @@ constexpr std::array kExamples{
     TermText{"quarry batch --journal done --output results --compress zstd ~/Documents",
              "Everything in a folder; started again after whatever happened, what is left of it."},
     TermText{"quarry richtext letter.docx -o letter.rtfd", "A letter as rich text, with its pictures."},
+    TermText{"quarry feed --html --style-sheet feeds.css news.rss > news.html", "A feed to look at."},
     TermText{"quarry apply stringByRemovingMultipleSpacesAndFeeds: YES < notes.txt",
              "A text with every run of white space made one space."},
 };

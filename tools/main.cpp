@@ -60,6 +60,12 @@ Status run(const Invocation& invocation, const std::vector<std::string>& argumen
     if (invocation.command == "submit" || invocation.command == "worker" || invocation.command == "queue") {
         return runProgram("quarry-queue", arguments);
     }
+    if (invocation.command == "page") {
+        return pageCommand(invocation);
+    }
+    if (invocation.command == "feed") {
+        return feedCommand(invocation);
+    }
     if (invocation.command == "batch") {
         return batchCommand(invocation);
     }

@@ -79,6 +79,8 @@ TEST(Manual, EveryOptionIsParsed) {
             }
             if (command.name == "batch") {
                 words.insert(words.end(), {"--output", "folder"});  // which some of its options need
+            } else if (command.name == "feed") {
+                words.emplace_back("--html");
             }
             const Parsed parsed = parseArguments(words);
             EXPECT_FALSE(std::holds_alternative<UsageError>(parsed)) << command.name << " " << option.name;

@@ -1,0 +1,59 @@
+// quarry feed: the items of a feed, or the feed as a page, in this process.
+#include "foundation/Json.h"
+#include "foundation/Path.h"
+#include "foundation/Unicode.h"
+#include "markup/Feeds.h"
+#include "tools/Commands.h"
+#include "tools/MarkupInput.h"
+
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+
+namespace quarry::tools {
+namespace {
+
+/// Whether the file can be read; says what is wrong.
+bool useStyleSheet(const std::string& file) {
+    if (file.empty()) return true;
+    if (::access(file.c_str(), R_OK) != 0) {
+        printError(fmt::format("{}: {}", shownName(file), std::strerror(errno)));
+        return false;
+    }
+    halden::setLinkableFeedStyleSheet(halden::stringFromPathBytes(std::filesystem::absolute(file).native()));
+    return true;
+}
+
+std::string jsonOfItems(std::vector<halden::Dictionary> items) {
+    halden::Array array;
+    for (halden::Dictionary& item : items)
+        array.emplace_back(std::move(item));
+    return halden::jsonFromValue(halden::Value(std::move(array)), {.indent = 2}) + "\n";
+}
+
+}  // namespace
+
+Status feedCommand(const Invocation& invocation) {
+    if (!useStyleSheet(invocation.markup.styleSheet)) return Status::none;
+    auto feed = markupOfFile(invocation.files.front());
+    const bool isFeed = feed && halden::isFeed(*feed);
+    if (feed && !isFeed) printError(fmt::format("{}: this is no feed", shownName(invocation.files.front())));
+    if (!isFeed) {
+        if (!invocation.markup.html) print("null\n");
+        return Status::none;
+    }
+    const auto url = halden::URLWithNormalizedStringURL(halden::utf16FromUtf8(invocation.markup.url));
+    if (invocation.markup.html) {
+        const auto page =
+            halden::stringByConvertingFeedToDisplayHTML(*std::move(feed), url, halden::StyleSheet::inlined);
+        print(halden::utf8FromUtf16(page) + "\n");
+    } else {
+        print(jsonOfItems(halden::getItemsOfFeed(*feed, url)));
+    }
+    return Status::result;
+}
+
+}  // namespace quarry::tools

@@ -1,0 +1,57 @@
+#include "tools/MarkupInput.h"
+
+#include "foundation/Unicode.h"
+#include "markup/MarkupDecoder.h"
+#include "tools/Output.h"
+
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <string_view>
+
+namespace quarry::tools {
+namespace {
+
+constexpr halden::NSStringEncoding kWindowsLatin1 = 12;
+
+/// What went wrong, as errno has it; 0 when nothing did.
+int readAll(int descriptor, std::string& bytes) {
+    std::array<char, 65536> buffer;
+    for (;;) {
+        const ssize_t count = ::read(descriptor, buffer.data(), buffer.size());
+        if (count == 0) return 0;
+        if (count > 0) {
+            bytes.append(buffer.data(), static_cast<std::size_t>(count));
+        } else if (errno != EINTR) {
+            return errno;
+        }
+    }
+}
+
+int readFile(const std::string& file, std::string& bytes) {
+    if (file == "-") return readAll(STDIN_FILENO, bytes);
+    const int descriptor = ::open(file.c_str(), O_RDONLY | O_CLOEXEC);
+    if (descriptor < 0) return errno;
+    const int failure = readAll(descriptor, bytes);
+    ::close(descriptor);
+    return failure;
+}
+
+}  // namespace
+
+std::optional<std::u16string> markupOfFile(const std::string& file) {
+    std::string bytes;
+    if (const int failure = readFile(file, bytes); failure != 0) {
+        printError(fmt::format("{}: {}", file == "-" ? "standard input" : shownName(file), std::strerror(failure)));
+        return std::nullopt;
+    }
+    const bool isUtf8 = halden::strictUtf16FromUtf8(bytes).has_value();
+    return halden::stringWithMarkupData(bytes, isUtf8 ? halden::kNSUTF8StringEncoding : kWindowsLatin1)
+        .value_or(std::u16string());
+}
+
+}  // namespace quarry::tools
