@@ -4,6 +4,7 @@
 #include "platform/images/ByteReader.h"
 
 #include <algorithm>
+#include <cmath>
 #include <string>
 #include <string_view>
 
@@ -66,6 +67,14 @@ void readChunk(PngHeader& header, std::string_view type, std::span<const std::ui
 }
 
 }  // namespace
+
+double resolutionFromMetre(std::uint32_t pixels) noexcept {
+    constexpr double kMetresPerInch = 0.0254;
+    constexpr double kGreatestRounding = 0.02;
+    const double resolution = pixels * kMetresPerInch;
+    const double whole = std::round(resolution);
+    return std::abs(resolution - whole) < kGreatestRounding ? whole : resolution;
+}
 
 std::optional<PngHeader> pngHeaderOf(std::span<const std::uint8_t> bytes) {
     constexpr std::size_t kFirstChunk = 8;

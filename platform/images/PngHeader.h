@@ -33,6 +33,9 @@ struct PngHeader {
     Dictionary properties{};
 };
 
+/// Pixels an inch. Those a metre are whole numbers where dots an inch were meant: 2835 is 72.
+[[nodiscard]] double resolutionFromMetre(std::uint32_t pixels) noexcept;
+
 /// Reads up to the pixels; nullopt for bytes that are no PNG.
 [[nodiscard]] std::optional<PngHeader> pngHeaderOf(std::span<const std::uint8_t> bytes);
 

@@ -21,7 +21,6 @@ namespace {
 
 constexpr double kMillimetresPerInch = 25.4;
 constexpr double kCentimetresPerInch = 2.54;
-constexpr double kMetresPerInch = 0.0254;
 constexpr double kPointsPerInch = 72;
 constexpr int kMostFrames = 256;
 
@@ -52,13 +51,6 @@ ImageFrame frameOfJpeg(const JpegHeader& header, Turning turning) {
         setResolution(frame, header.xDensity * unit, header.yDensity * unit);
     if (turning == Turning::upright) turn(frame, header.orientation);
     return frame;
-}
-
-/// Pixels a metre are whole numbers, dots an inch were meant: 2835 is 72.
-double resolutionFromMetre(std::uint32_t pixels) {
-    const double resolution = pixels * kMetresPerInch;
-    const double whole = std::round(resolution);
-    return std::abs(resolution - whole) < 0.02 ? whole : resolution;
 }
 
 std::optional<ImageFrame> frameOfPicture(const Data& file, ImageFormat format, int index, Turning turning) {

@@ -17,7 +17,6 @@ namespace {
 
 constexpr double kMillimetresPerInch = 25.4;
 constexpr double kCentimetresPerInch = 2.54;
-constexpr double kMetresPerInch = 0.0254;
 
 /// The general entries, before they are put in their order.
 struct General {
@@ -127,8 +126,8 @@ void readPng(General& general, const PngHeader& header) {
     general.depth = header.depth;
     general.colorModel = (header.colorType & 2) != 0 ? u"RGB" : u"Gray";
     general.hasAlpha = header.hasAlpha;
-    general.xResolution = std::round(header.xPixelsPerMeter * kMetresPerInch * 100) / 100;
-    general.yResolution = std::round(header.yPixelsPerMeter * kMetresPerInch * 100) / 100;
+    general.xResolution = resolutionFromMetre(header.xPixelsPerMeter);
+    general.yResolution = resolutionFromMetre(header.yPixelsPerMeter);
 }
 
 Dictionary jfifProperties(const JpegHeader& header) {
