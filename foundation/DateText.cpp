@@ -27,15 +27,15 @@ public:
         while (!atEnd() && units.find(peek()) != std::u16string_view::npos)
             skip(1);
     }
-    [[nodiscard]] std::size_t digitsAhead() const noexcept {
+    [[nodiscard]] std::size_t digitsAhead(std::size_t limit = SIZE_MAX) const noexcept {
         std::size_t count = 0;
-        while (peek(count) >= u'0' && peek(count) <= u'9')
+        while (count < limit && peek(count) >= u'0' && peek(count) <= u'9')
             ++count;
         return count;
     }
-    /// A number of exactly `digits` digits, whatever follows.
+    /// A number of exactly `digits` digits, whatever follows; of nine at most, which an int holds.
     [[nodiscard]] std::optional<int> number(std::size_t digits) noexcept {
-        if (digitsAhead() < digits || digits == 0) return std::nullopt;
+        if (digits == 0 || digits > 9 || digitsAhead(digits) < digits) return std::nullopt;
         int value = 0;
         for (std::size_t i = 0; i < digits; ++i)
             value = value * 10 + (peek(i) - u'0');

@@ -63,6 +63,15 @@ TEST(DateText, RefusesWhatIsNoDate) {
     }
 }
 
+TEST(DateText, TakesNumbersOfAnyLength) {
+    EXPECT_FALSE(dateFromString(u"1 Jan 33333333333333333333"));
+    EXPECT_FALSE(dateFromString(u"33333333333333333333:00:00Z"));
+    const std::u16string fraction(100, u'5');  // of a second, however finely
+    const auto date = dateFromString(u"2016-11-13T12:00:00." + fraction + u"Z");
+    ASSERT_TRUE(date);
+    EXPECT_NEAR(date->unixSeconds(), 1479038400 + 5.0 / 9, 1e-6);
+}
+
 TEST(DateText, IsShownInOneForm) {
     EXPECT_EQ(stringFromDate(Date::fromUnixSeconds(1479988800)), u"24 Nov 2016, 12:00");
     EXPECT_EQ(stringFromDate(Date::fromUnixSeconds(-1)), u"31 Dec 1969, 23:59");

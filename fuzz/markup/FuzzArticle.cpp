@@ -1,0 +1,48 @@
+// The article of any page: it is one only where there may be one, and it is cut out of the page as the page is written.
+#include "foundation/Unicode.h"
+#include "markup/ErrorPages.h"
+#include "markup/Reader.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+#include <string>
+
+using namespace halden;
+
+namespace {
+
+/// Whether `article` is a beginning, a middle part and an end of `page`, with line feeds between.
+bool isCutOutOf(std::u16string_view page, std::u16string_view article) {
+    const auto shared = std::ranges::mismatch(page, article).in2 - article.begin();
+    const auto common = static_cast<std::size_t>(shared);
+    for (std::size_t first = 0; first <= common && first < article.size(); ++first) {
+        if (article[first] != u'\n') continue;
+        const std::u16string_view rest = article.substr(first + 1);
+        for (std::size_t last = rest.size(); last-- > 0;) {
+            const std::u16string_view end = rest.substr(last + 1);
+            if (!page.ends_with(end)) break;
+            if (rest[last] == u'\n' && page.find(rest.substr(0, last)) != std::u16string_view::npos) return true;
+        }
+    }
+    return false;
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
+    std::u16string page;
+    // A byte 0x01 stands for twenty words, so that sections are soon long enough.
+    for (const char16_t unit : utf16FromUtf8({reinterpret_cast<const char*>(bytes), size})) {
+        if (unit != 1) page += unit;
+        for (int i = 0; unit == 1 && i < 20; ++i)
+            page += u" word";
+    }
+    const auto article = stripToArticle(page);
+    if (article && (!possibleArticle(page) || !isCutOutOf(page, *article))) std::abort();
+    const std::size_t half = page.size() / 2;
+    const std::u16string_view all = page;
+    static_cast<void>(isErrorPage(u"http://h/404.html", all.substr(0, half), all.substr(half)));
+    static_cast<void>(exceededPageLoadFrequency({}, all));
+    return 0;
+}
