@@ -18,7 +18,7 @@ using halden::Data;
 using halden::Dictionary;
 using halden::Value;
 
-QuarryHelper::QuarryHelper() : mdimporter_(std::make_unique<MetaDataImporter>()) {}
+QuarryHelper::QuarryHelper() : mdimporter_(std::make_unique<MetaDataImporter>()), readers_(renderer_, *this) {}
 
 std::optional<Dictionary> QuarryHelper::metaDataForFile(std::u16string_view path) {
     std::optional<Dictionary> attributes = mdimporter_->metaDataOfFileAtPath(path);

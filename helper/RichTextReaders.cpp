@@ -1,5 +1,6 @@
 #include "helper/RichTextReaders.h"
 
+#include "helper/PageReaders.h"
 #include "richtext/DocumentAttributes.h"
 #include "richtext/FlatRtfd.h"
 #include "richtext/RtfReader.h"
@@ -8,12 +9,11 @@
 #include <utility>
 
 namespace quarry {
-namespace {
 
 using Form = RichTextSource::Form;
 using halden::RichTextDocument;
 
-std::optional<RichTextDocument> documentFrom(RichTextSource& source) {
+std::optional<RichTextDocument> RichTextReaders::documentFrom(RichTextSource& source) {
     switch (source.form) {
         case Form::rtf:
             return halden::documentFromRtf(source.bytes.view());
@@ -23,11 +23,13 @@ std::optional<RichTextDocument> documentFrom(RichTextSource& source) {
             return halden::documentFromRtfdPackage(source.path);
         case Form::plainText:
             return RichTextDocument{halden::AttributedString(std::move(source.text)), {}};
+        case Form::page:
+            return documentFromPage(renderer_, source.bytes, source.path, &delegate_);
+        case Form::webArchive:
+            return documentFromWebArchive(renderer_, source.bytes);
     }
     return std::nullopt;
 }
-
-}  // namespace
 
 std::optional<RichTextDocument> RichTextReaders::documentAtPath(std::u16string_view path) {
     auto source = sources_.sourceOfFile(path);

@@ -101,8 +101,10 @@ std::optional<RichTextSource> RichTextSources::sourceOfFile(std::u16string_view 
             return RichTextSource{.form = Form::flatRtfd, .bytes = *bytes};
         case DocumentKind::plainText:
             return plainText(*bytes, *file);
-        case DocumentKind::html:        // HTML and web archives wait
-        case DocumentKind::webArchive:  // for the web engine
+        case DocumentKind::html:
+            return RichTextSource{.form = Form::page, .bytes = *bytes, .path = std::u16string(path)};
+        case DocumentKind::webArchive:
+            return RichTextSource{.form = Form::webArchive, .bytes = *bytes};
         case DocumentKind::flatDocx:
         case DocumentKind::unknown:
             return std::nullopt;

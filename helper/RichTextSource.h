@@ -17,10 +17,12 @@ namespace quarry {
 /// A document in a form that our own readers take.
 struct RichTextSource {
     enum class Form {
-        rtf,        ///< `bytes` are RTF
-        flatRtfd,   ///< `bytes` are RTFD data
-        package,    ///< the folder at `path` is an RTFD package
-        plainText,  ///< `text`
+        rtf,         ///< `bytes` are RTF
+        flatRtfd,    ///< `bytes` are RTFD data
+        package,     ///< the folder at `path` is an RTFD package
+        plainText,   ///< `text`
+        page,        ///< `bytes` are HTML or XHTML from the file at `path`
+        webArchive,  ///< `bytes` are a web archive
     };
     Form form = Form::plainText;
     halden::Data bytes{};
@@ -34,8 +36,8 @@ struct RichTextSource {
 
 /// Chooses the readers, by bytes and type and not by the name alone; runs those that are other programs.
 ///
-/// Reads RTF, RTFD packages and data, plain text, and doc, docx, odt, fodt and WordML through LibreOffice. HTML and web
-/// archives are recognised and have no reader yet. Used by one thread.
+/// Takes RTF, RTFD packages and data, plain text, pages, web archives, and doc, docx, odt, fodt and WordML through
+/// LibreOffice. Used by one thread.
 class RichTextSources {
 public:
     /// Longest document that is read, in bytes; and longest plain text, of which every byte becomes several.

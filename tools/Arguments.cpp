@@ -242,6 +242,9 @@ Parsed checked(const CommandText& command, Values& values, Invocation invocation
     invocation.image = {.text = values.flag("--text"),
                         .spotlight = values.flag("--spotlight"),
                         .thumbnail = values.text("--thumbnail")};
+    invocation.page = {.baseURL = values.text("--base-url"),
+                       .charset = values.text("--charset"),
+                       .allowRemote = values.flag("--allow-remote")};
     invocation.markup = {
         .url = values.text("--url"), .styleSheet = values.text("--style-sheet"), .html = values.flag("--html")};
     if (!invocation.markup.styleSheet.empty() && !invocation.markup.html) {

@@ -56,6 +56,13 @@ struct ImageArguments {
     std::string thumbnail;   ///< file to write; empty: none
 };
 
+/// How a page is to be read.
+struct PageArguments {
+    std::string baseURL;       ///< empty: none
+    std::string charset;       ///< empty: what the page says
+    bool allowRemote = false;  ///< the page may fetch from anywhere
+};
+
 /// What is wanted of a page or a feed that is read without a helper.
 struct MarkupArguments {
     std::string url;         ///< where it is from; empty: not known
@@ -72,6 +79,7 @@ struct Invocation {
     QueueArguments queue;
     ImageArguments image;
     MarkupArguments markup;
+    PageArguments page;
     std::string output;  ///< of -o; empty when it is not given
     halden::JsonData data = halden::JsonData::summary;
     bool json = false;

@@ -15,6 +15,8 @@ Status pdfDataCommand(const Invocation& invocation);
 Status importersCommand(const Invocation& invocation);
 Status applyCommand(const Invocation& invocation);
 Status webArchiveCommand(const Invocation& invocation);
+Status htmlCommand(const Invocation& invocation);
+Status textCommand(const Invocation& invocation);
 Status pageCommand(const Invocation& invocation);
 Status feedCommand(const Invocation& invocation);
 Status batchCommand(const Invocation& invocation);

@@ -6,6 +6,7 @@
 #include "platform/office/OfficeInstallation.h"
 #include "platform/pdf/PdfEngine.h"
 #include "platform/postscript/PostScript.h"
+#include "platform/web/HtmlRenderer.h"
 #include "platform/worker/WorkFolder.h"
 #include "platform/worker/Worker.h"
 #include "tools/Commands.h"
@@ -79,6 +80,19 @@ void checkImages(Findings& findings) {
     const std::string ghostscript = halden::ghostscriptPath();
     findings.check(!ghostscript.empty(), "PostScript", ghostscript,
                    "Ghostscript is not installed: PostScript and EPS are not read");
+}
+
+void checkWebEngine(Findings& findings) {
+    halden::HtmlRenderer renderer;
+    const halden::WebEngineState web = renderer.start();
+    if (web.version.empty()) {
+        findings.bad("web engine", fmt::format("{}: pages are not rendered", web.reason));
+    } else if (web.hasSandbox) {
+        findings.good("web engine", fmt::format("WebKitGTK {}, in its sandbox", web.version));
+    } else {
+        findings.note("web engine",
+                      fmt::format("WebKitGTK {}, without its sandbox: bubblewrap does not start here", web.version));
+    }
 }
 
 void checkOffice(Findings& findings) {
@@ -197,6 +211,7 @@ Status doctorCommand(const Invocation&) {
     checkImages(findings);
     checkWorkers(findings);
     checkOffice(findings);
+    checkWebEngine(findings);
     checkImporters(findings);
     checkRegistry(findings);
     checkSystem(findings);

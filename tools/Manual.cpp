@@ -60,6 +60,16 @@ constexpr std::array kFeedOptions{
     kHelp,
 };
 
+constexpr std::array kHtmlOptions{
+    OptionText{"-o", "OUT.rtfd", "", "The package to write. What is there under that name goes."},
+    OptionText{"--base-url", "URL", "", "What addresses in the page are relative to: http, https, feed or file."},
+    OptionText{"--allow-remote", "", "",
+               "Let the page load from anywhere. Without, it loads files and what this machine and its own network "
+               "have."},
+    OptionText{"--charset", "NAME", "", "The character set, whatever the page declares."},
+    kHelp,
+};
+
 constexpr std::array kImageOptions{
     OptionText{"--text", "", "", "Add the text and the information of PDF and PostScript."},
     OptionText{"--spotlight", "", "", "Let the importers give the text of PDF files."},
@@ -233,6 +243,17 @@ constexpr std::array kCommands{
         "Writes RTFD data, such as \"Rtfd\" of 'richtext' holds, as a package: a folder with the text in TXT.rtf "
         "and the attachments beside it. Prints YES when it was written, else NO.",
         true, kWriteRtfdOptions},
+    CommandText{"html", "FILE", "Write a page as an RTFD package",
+                "Lays a page out with the web engine and writes it as rich text with its pictures. The page comes from "
+                "a file, or from standard input ('-'). It has 15 seconds to load; what did not come by then is left "
+                "out. Prints YES when the package was written, else NO.",
+                true, kHtmlOptions},
+    CommandText{"text", "FILE...", "Print the text of files",
+                "Prints the text of any file as UTF-8: the first of these that gives some. The text that the importer "
+                "of the file's type reports; that of a PDF (or PostScript) document; that of the document read as rich "
+                "text, as 'richtext' does, which lays pages and web archives out; that of a web archive, as "
+                "'webarchive' has it.",
+                true, kHelpOnly},
     CommandText{"webarchive", "FILE...", "Print the text of web archives",
                 "Prints what a web archive holds: \"String\", the text of the page and then of its frames, each after "
                 "two line feeds; \"Source\", the page's markup; \"URL\", its address. A file that is no web archive "

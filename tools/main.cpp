@@ -69,6 +69,12 @@ Status run(const Invocation& invocation, const std::vector<std::string>& argumen
     if (invocation.command == "batch") {
         return batchCommand(invocation);
     }
+    if (invocation.command == "html") {
+        return htmlCommand(invocation);
+    }
+    if (invocation.command == "text") {
+        return textCommand(invocation);
+    }
     if (invocation.command == "webarchive") {
         return webArchiveCommand(invocation);
     }

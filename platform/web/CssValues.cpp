@@ -54,6 +54,8 @@ constexpr std::pair<std::u16string_view, std::u16string_view> kGenericFamilies[]
     {u"ui-rounded", u"Helvetica"},
     {u"-webkit-standard", u"Times"},
     {u"emoji", u"Apple Color Emoji"},
+    // The face of form fields, by the toolkit.
+    {u"Cantarell", u"Helvetica"},
 };
 
 std::u16string_view firstFamily(std::u16string_view families) {

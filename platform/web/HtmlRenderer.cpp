@@ -49,6 +49,13 @@ std::string webWorkerPath() {
     return pathBytesFromString(appendingPathComponent(installationPrefix(), u"libexec/quarry/quarry-web")).value_or("");
 }
 
+struct HtmlRenderer::Question {
+    std::uint32_t page = 0;
+    std::uint32_t number = 0;
+    std::string address{};
+    std::string redirectedFrom{};
+};
+
 /// A page that is under way.
 struct HtmlRenderer::Job {
     ResourceLoadDelegate* delegate = nullptr;
@@ -59,13 +66,6 @@ struct HtmlRenderer::Job {
 /// A worker and the socket to it. Lives as long as somebody waits for one of its pages.
 class HtmlRenderer::Link {
 public:
-    struct Question {
-        std::uint32_t page = 0;
-        std::uint32_t number = 0;
-        std::string address;
-        std::string redirectedFrom;
-    };
-
     ~Link() {
         if (source_ == nullptr) return;
         g_source_destroy(source_);
@@ -225,13 +225,18 @@ WebEngineState HtmlRenderer::start() {
     return state_;
 }
 
-void HtmlRenderer::answerQuestions() {
-    const std::shared_ptr<Link> link = link_;
-    if (!link || link->questions.empty()) return;
-    const Link::Question question = std::move(link->questions.front());
-    link->questions.pop_front();
+/// All of them: the thread sleeps until somebody asks anew.
+void HtmlRenderer::answerQuestions(Link& link) {
+    while (!link.questions.empty()) {
+        const Question question = std::move(link.questions.front());
+        link.questions.pop_front();
+        answer(link, question);
+    }
+}
+
+void HtmlRenderer::answer(Link& link, const Question& question) {
     ResourceDecision decision;
-    if (const auto job = link->jobs.find(question.page); job != link->jobs.end()) {
+    if (const auto job = link.jobs.find(question.page); job != link.jobs.end()) {
         const auto url = URLWithNormalizedStringURL(utf16FromUtf8(question.address));
         if (job->second->delegate == nullptr)
             decision.kind = ResourceDecision::Kind::allow;
@@ -242,13 +247,13 @@ void HtmlRenderer::answerQuestions() {
     const auto verdict = isServed(decision)                               ? web::Verdict::serve
                          : decision.kind == ResourceDecision::Kind::allow ? web::Verdict::allow
                                                                           : web::Verdict::deny;
-    link->send(FrameWriter(FrameKind::verdict, question.page)
-                   .number(question.number)
-                   .number(static_cast<std::uint32_t>(verdict))
-                   .bytes(utf8FromUtf16(decision.MIMEType))
-                   .bytes(utf8FromUtf16(decision.textEncodingName))
-                   .bytes(decision.data.view())
-                   .take());
+    link.send(FrameWriter(FrameKind::verdict, question.page)
+                  .number(question.number)
+                  .number(static_cast<std::uint32_t>(verdict))
+                  .bytes(utf8FromUtf16(decision.MIMEType))
+                  .bytes(utf8FromUtf16(decision.textEncodingName))
+                  .bytes(decision.data.view())
+                  .take());
 }
 
 void HtmlRenderer::renewIfDue() {
@@ -286,7 +291,7 @@ std::optional<AttributedString> HtmlRenderer::attributedStringWithHTML(const Dat
                    .bytes(html.view())
                    .take());
     iterateUntil(
-        deadline, [&] { return job.isOver || !link->isAlive; }, [&] { answerQuestions(); });
+        deadline, [&] { return job.isOver || !link->isAlive; }, [&] { answerQuestions(*link); });
     link->jobs.erase(page);
     --depth_;
     if (!job.isOver) {

@@ -88,8 +88,10 @@ public:
 private:
     class Link;
     struct Job;
+    struct Question;
     [[nodiscard]] std::shared_ptr<Link> readyLink();
-    void answerQuestions();
+    static void answerQuestions(Link& link);
+    static void answer(Link& link, const Question& question);
     void renewIfDue();
 
     HtmlRendererLimits limits_;

@@ -84,10 +84,10 @@ TEST_F(RichTextSourceTest, NoiseIsNil) {
     EXPECT_FALSE(source("a.doc", test::compoundFile({"Workbook"})));
 }
 
-TEST_F(RichTextSourceTest, PagesWaitForTheWebEngine) {
-    EXPECT_FALSE(source("a.html", "<!DOCTYPE html><p>text"));
-    EXPECT_FALSE(source("a", "<!DOCTYPE html><p>text"));
-    EXPECT_FALSE(source("a.webarchive", "bplist00\xD1\1\2_\x10\x0FWebMainResource"));
+TEST_F(RichTextSourceTest, PagesAreToldByBytesOrType) {
+    EXPECT_EQ(source("a.html", "<!DOCTYPE html><p>text").value().form, Form::page);
+    EXPECT_EQ(source("a", "<!DOCTYPE html><p>text").value().form, Form::page);
+    EXPECT_EQ(source("a.webarchive", "bplist00\xD1\1\2_\x10\x0FWebMainResource").value().form, Form::webArchive);
     EXPECT_TRUE(source("a.txt", "<!DOCTYPE html><p>text"));
 }
 

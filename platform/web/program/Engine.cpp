@@ -42,7 +42,11 @@ constexpr std::string_view kFilter = R"([
  "svg-document","media"]},"action":{"type":"block"}},
 {"trigger":{"url-filter":"^file:","resource-type":["document"],"load-context":["child-frame"]},
  "action":{"type":"block"}},
-{"trigger":{"url-filter":"^wss?:"},"action":{"type":"block"}}])";
+{"trigger":{"url-filter":"^wss?:"},"action":{"type":"block"}},
+{"trigger":{"url-filter":".*","resource-type":["ping","csp-report"]},"action":{"type":"block"}}])";
+
+/// A page that is left may still send something, which the hook does not hear of.
+constexpr std::string_view kFilterOfTheLeft = R"([{"trigger":{"url-filter":".*"},"action":{"type":"block"}}])";
 
 }  // namespace
 
@@ -98,20 +102,21 @@ Engine::Engine(std::string folder, std::string extensions)
     webkit_network_session_set_proxy_settings(session_, WEBKIT_NETWORK_PROXY_MODE_NO_PROXY, nullptr);
     webkit_cookie_manager_set_accept_policy(webkit_network_session_get_cookie_manager(session_),
                                             WEBKIT_COOKIE_POLICY_ACCEPT_NEVER);
-    compileFilter();
+    filter_ = compiled("files", kFilter);
+    filterOfTheLeft_ = compiled("all", kFilterOfTheLeft);
 }
 
-void Engine::compileFilter() {
+WebKitUserContentFilter* Engine::compiled(const char* name, std::string_view rules) {
     WebKitUserContentFilterStore* store = webkit_user_content_filter_store_new((folder_ + "/filters").c_str());
-    GBytes* bytes = g_bytes_new_static(kFilter.data(), kFilter.size());
+    GBytes* bytes = g_bytes_new_static(rules.data(), rules.size());
     struct Result {
-        Engine* engine;
+        WebKitUserContentFilter* filter = nullptr;
         bool isThere = false;
-    } result{this};
+    } result;
     const auto finished = [](GObject* object, GAsyncResult* answer, gpointer data) {
         auto* waiting = static_cast<Result*>(data);
         GError* error = nullptr;
-        waiting->engine->filter_ =
+        waiting->filter =
             webkit_user_content_filter_store_save_finish(WEBKIT_USER_CONTENT_FILTER_STORE(object), answer, &error);
         if (error != nullptr) {
             g_printerr("No filter: %s\n", error->message);
@@ -119,13 +124,14 @@ void Engine::compileFilter() {
         }
         waiting->isThere = true;
     };
-    webkit_user_content_filter_store_save(store, "files", bytes, nullptr, finished, &result);
+    webkit_user_content_filter_store_save(store, name, bytes, nullptr, finished, &result);
     while (!result.isThere)
         g_main_context_iteration(nullptr, TRUE);
     g_bytes_unref(bytes);
     g_object_unref(store);
     // Without it pages could read the machine's files.
-    if (filter_ == nullptr) _exit(3);
+    if (result.filter == nullptr) _exit(3);
+    return result.filter;
 }
 
 WebKitSettings* Engine::settings(bool withScripts) {
@@ -169,6 +175,10 @@ WebKitWebView* Engine::makeView(WebKitWebView* related, bool withScripts) {
     const GtkAllocation place{0, 0, kWidth, kHeight};
     gtk_widget_size_allocate(GTK_WIDGET(view), &place, -1);
     return view;
+}
+
+void Engine::silence(WebKitWebView* view) {
+    webkit_user_content_manager_add_filter(webkit_web_view_get_user_content_manager(view), filterOfTheLeft_);
 }
 
 }  // namespace quarry::web

@@ -4,6 +4,7 @@
 #include <webkit/webkit.h>
 
 #include <string>
+#include <string_view>
 
 namespace quarry::web {
 
@@ -21,10 +22,13 @@ public:
     /// A view of the usual size with nothing in it, floating.  In the process of `related` unless that is null.
     [[nodiscard]] WebKitWebView* makeView(WebKitWebView* related, bool withScripts);
 
+    /// Lets a view that is about to go load nothing any more.
+    void silence(WebKitWebView* view);
+
     [[nodiscard]] WebKitWebContext* context() const noexcept { return context_; }
 
 private:
-    void compileFilter();
+    [[nodiscard]] WebKitUserContentFilter* compiled(const char* name, std::string_view rules);
     [[nodiscard]] static WebKitSettings* settings(bool withScripts);
 
     std::string folder_;
@@ -32,6 +36,7 @@ private:
     WebKitWebContext* context_ = nullptr;
     WebKitNetworkSession* session_ = nullptr;
     WebKitUserContentFilter* filter_ = nullptr;
+    WebKitUserContentFilter* filterOfTheLeft_ = nullptr;
 };
 
 }  // namespace quarry::web

@@ -36,6 +36,14 @@ gint64 milliseconds() {
     return g_get_monotonic_time() / 1000;
 }
 
+std::string_view withoutFragment(const char* address) {
+    const std::string_view text(address != nullptr ? address : "");
+    return text.substr(0, text.find('#'));
+}
+std::string_view withoutFragment(const std::string& address) {
+    return withoutFragment(address.c_str());
+}
+
 gboolean handled() {
     return TRUE;
 }
@@ -60,13 +68,20 @@ Page::~Page() {
     closeView();
 }
 
-std::uint64_t Page::identifier() const {
-    return view_ != nullptr ? webkit_web_view_get_page_id(view_) : 0;
+bool Page::isAsked(const Hook::Question& question) {
+    if (view_ == nullptr) return false;
+    const std::uint64_t number = webkit_web_view_get_page_id(view_);
+    if (question.page == number || question.page == otherNumber_) return true;
+    const bool isMoved = !mainWasSeen_ && question.page > number &&
+                         withoutFragment(question.address) == withoutFragment(webkit_web_view_get_uri(view_));
+    if (isMoved) otherNumber_ = question.page;
+    return isMoved;
 }
 
 void Page::open(WebKitWebView* related, bool withScripts) {
     phase_ = Phase::loading;
     mainWasSeen_ = false;
+    otherNumber_ = 0;
     responses_ = 0;
     cancellable_ = g_cancellable_new();
     view_ = engine_.makeView(related, withScripts);
@@ -103,6 +118,7 @@ void Page::closeView() {
     handlers_.clear();
     g_cancellable_cancel(cancellable_);
     g_clear_object(&cancellable_);
+    engine_.silence(view_);
     webkit_web_view_stop_loading(view_);
     g_clear_object(&view_);
 }
@@ -155,7 +171,8 @@ void Page::timeIsUp() {
         case Phase::loading:
         case Phase::settling: {
             const gint64 left = start_ + request_.milliseconds - milliseconds();
-            if (phase_ == Phase::settling && left > 0) return watch(static_cast<guint>(left));
+            // A page that has loaded answers, unless one of its scripts does not end.
+            if (phase_ == Phase::settling && left > kLongestWalk && !isSecondTry_) return again();
             if (!isSecondTry_ && left > kSecondTry / 3) {
                 // Somebody is at home when the ping comes back: then the page has the rest of its time.
                 script(kPingScript, nullptr);
@@ -186,7 +203,7 @@ void Page::judge(Hook::Question question) {
     std::string address = std::move(question.address);
     if (address.starts_with(kServedPrefix)) address.erase(0, std::string_view(kServedPrefix).size());
     // The first announcement is that of the page itself, which we have: nothing is fetched for it.
-    if (!mainWasSeen_) {
+    if (!mainWasSeen_ && withoutFragment(address) == withoutFragment(webkit_web_view_get_uri(view_))) {
         mainWasSeen_ = true;
         return question.answer(true, {});
     }
@@ -281,6 +298,8 @@ void Page::loadFinished() {
     if (phase_ != Phase::loading) return;
     phase_ = Phase::settling;
     settleStart_ = milliseconds();
+    const gint64 left = start_ + request_.milliseconds - milliseconds();
+    watch(static_cast<guint>(std::clamp<gint64>(left - kSecondTry, kLongestPing, 2 * kLongestSettling)));
     settle();
 }
 
@@ -306,7 +325,7 @@ void Page::walk() {
     phase_ = Phase::walking;
     if (pause_ != 0) g_source_remove(std::exchange(pause_, 0));
     const gint64 left = start_ + request_.milliseconds - milliseconds();
-    watch(static_cast<guint>(std::max<gint64>(left, kLongestWalk)));
+    watch(static_cast<guint>(std::max<gint64>(left - kSecondTry, kLongestWalk)));
     script(kWalkScript, &Page::walked);
 }
 
@@ -360,7 +379,10 @@ void Page::finish() {
     phase_ = Phase::over;
     if (!result_.text.empty()) result_.status = wasCut_ ? PageStatus::cut : PageStatus::complete;
     // An engine whose hook was never asked lets everything through: what it shows is not to be trusted.
-    if (!mainWasSeen_) result_ = {};
+    if (!mainWasSeen_) {
+        g_printerr("A page was not announced.\n");
+        result_ = {};
+    }
     // From a signal of the view, which is to live until it has ended.
     const auto deliver = [](gpointer self) -> gboolean {
         auto* page = static_cast<Page*>(self);

@@ -50,7 +50,9 @@ public:
     Page(const Page&) = delete;
     Page& operator=(const Page&) = delete;
 
-    [[nodiscard]] std::uint64_t identifier() const;
+    /// Whether the question is about this page. The engine may lay a page out in another process than the one that it
+    /// began in, and then calls it by another, higher number.
+    [[nodiscard]] bool isAsked(const Hook::Question& question);
     [[nodiscard]] WebKitWebView* view() const noexcept { return view_; }
     /// Answers a question of the extension.
     void judge(Hook::Question question);
@@ -90,6 +92,7 @@ private:
     gint64 settleStart_ = 0;
     Phase phase_ = Phase::loading;
     bool mainWasSeen_ = false;
+    std::uint64_t otherNumber_ = 0;
     bool wasCut_ = false;
     bool isSecondTry_ = false;
     int responses_ = 0;

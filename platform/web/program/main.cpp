@@ -150,6 +150,7 @@ private:
             const auto replace = [](gpointer data) -> gboolean {
                 auto* service = static_cast<Service*>(data);
                 g_clear_object(&service->keeper_);
+                if (!service->pages_.contains(0)) service->warmUp();
                 return G_SOURCE_REMOVE;
             };
             g_idle_add(replace, self);
@@ -159,7 +160,7 @@ private:
 
     void judge(Hook::Question question) {
         for (const auto& [number, page] : pages_) {
-            if (page->identifier() == question.page) return page->judge(std::move(question));
+            if (page->isAsked(question)) return page->judge(std::move(question));
         }
         question.answer(false, {});
     }
