@@ -31,6 +31,23 @@ struct PdfPicture {
     std::vector<std::uint8_t> pixels;
 };
 
+/// Characters that look alike, from the end of the run before.
+struct PdfTextRun {
+    std::size_t end = 0;    ///< in UTF-16 units
+    std::u16string font{};  ///< PostScript name, without the tag of a subset: "Times-Bold"; empty where it has none
+    double size = 0;        ///< points
+    bool bold = false;
+    bool italic = false;
+    std::uint32_t color = 0;  ///< sRGB, 0xRRGGBB
+    friend bool operator==(const PdfTextRun&, const PdfTextRun&) = default;
+};
+
+/// Text and its runs: ends ascend, the last one is the end of the text, neighbours differ.
+struct PdfStyledText {
+    std::u16string text{};
+    std::vector<PdfTextRun> runs{};
+};
+
 /// An open document. Pages are numbered from 0.
 ///
 /// Damaged files are rebuilt as far as they can be: their cross-reference table, their object streams, and a page tree
@@ -62,8 +79,8 @@ public:
     /// is usable. nullopt for a page that cannot be had.
     [[nodiscard]] virtual std::optional<Size> mediaBoxOfPage(int page) = 0;
 
-    /// The size of a page as it is shown, in points: cut to its crop box, turned and scaled as the page says. nullopt for
-    /// a page that cannot be had, and for a locked document.
+    /// The size of a page as it is shown, in points: cut to its crop box, turned and scaled as the page says. nullopt
+    /// for a page that cannot be had, and for a locked document.
     [[nodiscard]] virtual std::optional<Size> shownSizeOfPage(int page) = 0;
 
     /// That page on white with its annotations and form fields, in exactly that many pixels. Whatever breaks off in the
@@ -76,6 +93,9 @@ public:
     /// out. Whatever breaks off in the middle, a limit included, counts up to there. Empty when the page has no text;
     /// nullopt when it cannot be had or the document is locked.
     [[nodiscard]] virtual std::optional<std::u16string> textOfPage(int page) = 0;
+
+    /// The text of `textOfPage` with its fonts and colours; a line feed looks as what stands before it.
+    [[nodiscard]] virtual std::optional<PdfStyledText> styledTextOfPage(int page) = 0;
 
     /// "Title", "Author", "Subject", "Creator" and "Producer" (strings), "CreationDate" and "ModDate" (dates; the zone
     /// counts, malformed ones are left out), "Keywords" (an array of strings, split at commas, else at semicolons, and

@@ -160,11 +160,23 @@ std::optional<std::u16string> MuPdfDocument::textOfPage(int page) {
     context_.beginCall();
     preparePageMap(page);
     auto text = pdf::textOfPage(context_, document_, page);
-    if (++pagesSinceEmptying_ >= kPagesBetweenEmptying) {
-        fz_empty_store(context_.get());
-        pagesSinceEmptying_ = 0;
-    }
+    countPage();
     return text;
+}
+
+std::optional<PdfStyledText> MuPdfDocument::styledTextOfPage(int page) {
+    if (isLocked_ || page < 0 || page >= pageCount_) return std::nullopt;
+    context_.beginCall();
+    preparePageMap(page);
+    auto text = pdf::styledTextOfPage(context_, document_, page);
+    countPage();
+    return text;
+}
+
+void MuPdfDocument::countPage() {
+    if (++pagesSinceEmptying_ < kPagesBetweenEmptying) return;
+    fz_empty_store(context_.get());
+    pagesSinceEmptying_ = 0;
 }
 
 Dictionary MuPdfDocument::documentAttributes() {

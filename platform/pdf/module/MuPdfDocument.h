@@ -21,6 +21,7 @@ public:
     [[nodiscard]] std::optional<Size> shownSizeOfPage(int page) override;
     [[nodiscard]] std::optional<PdfPicture> drawPage(int page, int width, int height) override;
     [[nodiscard]] std::optional<std::u16string> textOfPage(int page) override;
+    [[nodiscard]] std::optional<PdfStyledText> styledTextOfPage(int page) override;
     [[nodiscard]] Dictionary documentAttributes() override;
 
 private:
@@ -31,6 +32,7 @@ private:
     void lock();
     void readEncryption();
     void preparePageMap(int page);
+    void countPage();
 
     Data data_;  // the engine reads from these bytes as long as it lives
     Context context_;
