@@ -13,6 +13,7 @@ Status writeRtfdCommand(const Invocation& invocation);
 Status imageCommand(const Invocation& invocation);
 Status pdfDataCommand(const Invocation& invocation);
 Status importersCommand(const Invocation& invocation);
+Status importerCommand(const Invocation& invocation);
 Status applyCommand(const Invocation& invocation);
 Status webArchiveCommand(const Invocation& invocation);
 Status htmlCommand(const Invocation& invocation);

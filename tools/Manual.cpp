@@ -313,6 +313,14 @@ constexpr std::array kCommands{
                 "Prints the importer table in the order in which importers are asked: the path of each bundle, and "
                 "below it, indented, the content types that it declares. No importer is loaded.",
                 false, kImporterOptions},
+    CommandText{"importer", "new NAME | check BUNDLE [FILE]", "Begin an importer, or say what is wrong with one",
+                "With 'new', writes a project for an importer in C into the new folder NAME; it builds against the "
+                "installed header and reads files with the extension NAME in lower case.\n\n"
+                "With 'check', looks at a bundle and prints what is in order and what is not: its Info.plist, its "
+                "types, its executable, its factories and its interface, and with a sample file of one of its types "
+                "the attributes that it fills. Its code runs in a process of its own, for a minute at most. Ends with "
+                "status 1 when there is a problem.",
+                false, kHelpOnly},
     CommandText{
         "apply", "[OPERATION [ARG...]]", "Apply an operation of the library to text or data",
         "Calls an operation of the library by its documented name, colons included, without a helper. Arguments "

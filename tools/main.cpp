@@ -54,6 +54,9 @@ Status run(const Invocation& invocation, const std::vector<std::string>& argumen
     if (invocation.command == "importers") {
         return importersCommand(invocation);
     }
+    if (invocation.command == "importer") {
+        return importerCommand(invocation);
+    }
     if (invocation.command == "apply") {
         return applyCommand(invocation);
     }

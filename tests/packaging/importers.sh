@@ -14,6 +14,13 @@ for language in c cpp; do
   [ -d "$bundle" ] || fail "importer-$language makes no bundle"
   cp -r "$bundle" "$work/data/quarry/Spotlight/"
 done
+# What `quarry importer new` writes builds, and passes its own check.
+(cd "$work" && "$prefix/bin/quarry" importer new Notes > "$work/log") || fail "importer new"
+cmake -S "$work/Notes" -B "$work/Notes/build" -G Ninja -DCMAKE_PREFIX_PATH="$prefix" > "$work/log" 2>&1 &&
+  cmake --build "$work/Notes/build" >> "$work/log" 2>&1 || { cat "$work/log"; fail "the new importer does not build"; }
+printf 'A title\nand text\n' > "$work/a.notes"
+checked=$("$prefix/bin/quarry" importer check "$work/Notes/build/Notes.mdimporter" "$work/a.notes") || fail "check: $checked"
+[[ $checked == *'kMDItemTitle: "A title"'* ]] || fail "check: $checked"
 # Who writes an importer in C needs the header alone: no C++ compiler, no library.
 mkdir "$work/alone"
 cat > "$work/alone/CMakeLists.txt" <<'CMAKE'
