@@ -1,8 +1,6 @@
 #include "platform/images/Image.h"
 
-#include "foundation/Path.h"
-
-#include <sys/stat.h>
+#include "platform/images/FileContents.h"
 
 #include <algorithm>
 #include <cmath>
@@ -12,16 +10,6 @@ namespace halden {
 namespace {
 
 constexpr double kLargestSide = 16384;
-// Up to this size a file is read: reading costs little, and who shortens the file meanwhile does no harm. Larger ones
-// are mapped, so that only what is needed of them is read.
-constexpr std::size_t kMaxReadSize = std::size_t{16} * 1024 * 1024;
-
-std::optional<Data> contentsOfFile(std::u16string_view path) {
-    const auto bytes = pathBytesFromString(path);
-    if (!bytes) return std::nullopt;
-    auto data = Data::contentsOfFile(*bytes, kMaxReadSize);
-    return data ? data : Data::mappedContentsOfFile(*bytes);
-}
 
 std::vector<std::unique_ptr<ImageRep>> representationsOfPixels(const Data& data, ImageFormat format) {
     std::vector<std::unique_ptr<ImageRep>> representations;
@@ -124,7 +112,7 @@ std::optional<Image> Image::imageWithCGImageRef(std::optional<Bitmap> bitmap) {
 
 void Image::load() {
     if (path_.empty()) return;
-    const auto data = contentsOfFile(std::exchange(path_, {}));
+    const auto data = contentsOfImageFile(std::exchange(path_, {}));
     if (!data) return;
     auto found = representationsOfData(*data);
     std::move(representations_.begin(), representations_.end(), std::back_inserter(found));

@@ -1,6 +1,6 @@
 #include "platform/images/Thumbnails.h"
 
-#include "foundation/Path.h"
+#include "platform/images/FileContents.h"
 
 #include <algorithm>
 #include <cmath>
@@ -36,8 +36,7 @@ std::optional<Bitmap> madeThumbnail(const ImagesEngine& engine, const Data& file
 std::optional<Image> thumbnailForFile(std::u16string_view path, ThumbnailForFileOptions options,
                                       std::optional<Dictionary>* properties) {
     if (properties != nullptr) properties->reset();
-    const auto bytes = pathBytesFromString(path);
-    const auto file = bytes ? Data::contentsOfFile(*bytes) : std::nullopt;
+    const auto file = contentsOfImageFile(path);
     const ImageFormat format = file ? imageFormatOf(file->span()) : ImageFormat::unknown;
     if (format == ImageFormat::unknown || isVectorFormat(format) || options.maxSize <= 0) return std::nullopt;
     const ImagesEngine* engine = imagesEngineStatus().engine;
