@@ -2,9 +2,12 @@
 
 #include "foundation/Exception.h"
 #include "foundation/StringNormalization.h"
+#include "helper/PdfRichText.h"
+#include "richtext/FlatRtfd.h"
 
 #include <algorithm>
 #include <chrono>
+#include <ctime>
 #include <utility>
 
 namespace quarry {
@@ -12,7 +15,6 @@ namespace {
 
 using halden::Dictionary;
 using halden::PdfDocument;
-using Clock = std::chrono::steady_clock;
 
 constexpr double kLongestReading = 60;
 constexpr std::size_t kUnitsPerPage = 2048;
@@ -35,10 +37,6 @@ bool endsWith(std::u16string_view text, std::u16string_view word) {
     return text.size() >= word.size() && std::ranges::equal(text.substr(text.size() - word.size()), word, isSameLetter);
 }
 
-double secondsSince(Clock::time_point start) {
-    return std::chrono::duration<double>(Clock::now() - start).count();
-}
-
 /// Of a page that throws there is none, and the others stay.
 std::u16string textOfPage(PdfDocument& document, int page) {
     return halden::guarded(
@@ -50,6 +48,16 @@ std::u16string textOfPage(PdfDocument& document, int page) {
             return std::move(*text);
         },
         std::u16string());
+}
+
+void setRichText(Dictionary& result, PdfDocument& document, double foundationVersion) {
+    const auto text = attributedStringOfPdf(document);
+    if (!text) return;
+    if (foundationVersion < kFirstWithRtfd) {
+        result.set(u"String", propertyListOfAttributedString(*text));
+    } else if (auto rtfd = halden::rtfdFromDocument({*text, {}}, static_cast<std::uint32_t>(std::time(nullptr)))) {
+        result.set(u"String", std::move(*rtfd));
+    }
 }
 
 std::optional<std::u16string> textOfDocument(PdfDocument& document, const Dictionary& attributes,
@@ -71,23 +79,34 @@ void addSize(Dictionary& result, PdfDocument& document) {
 
 }  // namespace
 
+double steadySeconds() {
+    return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
+}
+
 bool importersMayRead(std::u16string_view producer) {
     return !producer.empty() && !contains(producer, u"Compart") && !contains(producer, u"Ghostscript") &&
            !endsWith(producer, u"Quartz PDFContext");
 }
 
-std::optional<std::u16string> fixedAndNormalizedStringUsingTimeout(PdfDocument& document, double timeout) {
+std::optional<std::u16string> fixedAndNormalizedStringUsingTimeout(PdfDocument& document, double timeout,
+                                                                   const SecondsClock& clock) {
     const int pages = document.pageCount();
     if (pages <= 0) return std::nullopt;
-    const auto start = Clock::now();
+    const double start = timeout > 0 ? clock() : 0;
     std::u16string text;
     text.reserve(kUnitsPerPage * static_cast<std::size_t>(std::min(pages, kMostPagesOfRoom)));
     for (int page = 0; page < pages; ++page) {
-        const auto pageStart = Clock::now();
+        const double pageStart = timeout > 0 ? clock() : 0;
         text += textOfPage(document, page);
-        if (timeout > 0 && secondsSince(start) + secondsSince(pageStart) >= timeout) break;
+        if (timeout <= 0) continue;
+        const double now = clock();
+        if ((now - start) + (now - pageStart) >= timeout) break;
     }
     return text;
+}
+
+std::optional<std::u16string> fixedAndNormalizedString(PdfDocument& document) {
+    return fixedAndNormalizedStringUsingTimeout(document, 0);
 }
 
 std::optional<Dictionary> informationOfPdf(const halden::Data& pdf, const PdfInformationOptions& options,
@@ -98,6 +117,8 @@ std::optional<Dictionary> informationOfPdf(const halden::Data& pdf, const PdfInf
     Dictionary result;
     if (document->isLocked()) {
         result.set(u"Locked", true);
+    } else if (options.attributed) {
+        setRichText(result, *document, options.foundationVersion);
     } else if (auto text = textOfDocument(*document, attributes, options, importerText)) {
         result.set(u"String", std::move(*text));
     }

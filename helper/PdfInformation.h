@@ -12,20 +12,34 @@
 
 namespace quarry {
 
+/// Tells the time, in seconds.
+using SecondsClock = std::function<double()>;
+[[nodiscard]] double steadySeconds();
+
 /// Asks the importers for the text of a file.
 using ImporterText = std::function<std::optional<std::u16string>(std::u16string_view path)>;
 
+/// The version of the foundation classes that this system stands for. From kFirstWithRtfd on, attributed strings are
+/// sent as RTFD.
+inline constexpr double kFoundationVersion = 1259;
+inline constexpr double kFirstWithRtfd = 833.1;
+
 struct PdfInformationOptions {
+    bool attributed = false;                    ///< "String" is rich text
     std::optional<std::u16string_view> path{};  ///< of the document; without one no importer is asked
     bool size = false;                          ///< add "Size", "PixelSize" and "Alpha"
+    double foundationVersion = kFoundationVersion;
 };
 
-/// "String", the text, or "Locked"; "PageCount"; the document attributes; and, when they are asked for and there is a
+/// "String" or "Locked"; "PageCount"; the document attributes; and, when they are asked for and there is a
 /// page, "Size" and "PixelSize" of the first one's media box and "Alpha", which is false. nullopt for data that are no
 /// PDF.
 ///
-/// The importers are asked first where there is a path, unless the producer is one whose documents they read badly; the
-/// document's own text takes at most about a minute.
+/// "String" is the text; or rich text as RTFD data, and for a foundation older than kFirstWithRtfd the rich text itself
+/// (see `propertyListOfAttributedString`).
+///
+/// For plain text the importers are asked first where there is a path, unless the producer is one whose documents they
+/// read badly; the document's own text takes at most about a minute.
 [[nodiscard]] std::optional<halden::Dictionary> informationOfPdf(const halden::Data& pdf,
                                                                  const PdfInformationOptions& options,
                                                                  const ImporterText& importerText);
@@ -37,9 +51,12 @@ struct PdfInformationOptions {
 /// The text of all pages, repaired and normalised, each with a line feed after it; pages without text add nothing.
 /// nullopt for a document without pages.
 ///
-/// With a limit above zero (seconds), reading stops after a page when the time since the start and the time of that
-/// page together reach it: the page's time counts twice, so that a slow page ends it sooner.
-[[nodiscard]] std::optional<std::u16string> fixedAndNormalizedStringUsingTimeout(halden::PdfDocument& document,
-                                                                                 double timeout);
+/// `clock` gives seconds from any start. With a limit above zero (seconds), reading stops after a page when the time
+/// since the start and the time of that page together reach it: the page's time counts twice, so that a slow page ends
+/// it sooner.
+[[nodiscard]] std::optional<std::u16string> fixedAndNormalizedStringUsingTimeout(
+    halden::PdfDocument& document, double timeout, const SecondsClock& clock = steadySeconds);
+/// The same without a limit.
+[[nodiscard]] std::optional<std::u16string> fixedAndNormalizedString(halden::PdfDocument& document);
 
 }  // namespace quarry

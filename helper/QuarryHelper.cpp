@@ -93,12 +93,12 @@ halden::ResourceDecision QuarryHelper::willSendRequest(const halden::Url& reques
     return {.kind = halden::isLocalURL(request) ? Kind::allow : Kind::deny};
 }
 
-// The operations below wait for their engines. Until then each answers what it answers for a document that it cannot
-// read: nil or NO.
-
-std::optional<Dictionary> QuarryHelper::attributedStringWithPDF(const Data&, halden::AttributedStringWithPDFOptions) {
-    return std::nullopt;
+std::optional<Dictionary> QuarryHelper::attributedStringWithPDF(const Data& pdf,
+                                                                halden::AttributedStringWithPDFOptions options) {
+    return informationOfPdf(pdf, {.attributed = options.attributed}, nullptr);
 }
+
+// This operation waits for its engine. Until then it answers what it answers for a document that it cannot read: nil.
 
 std::optional<Dictionary> QuarryHelper::posterImageForMovieWithFile(std::u16string_view) {
     return std::nullopt;
