@@ -3,6 +3,7 @@
 #include "platform/ipc/GPointer.h"
 
 #include <algorithm>
+#include <cmath>
 #include <map>
 #include <mutex>
 
@@ -102,6 +103,28 @@ void RunLoop::stop() const {
         ++entry->second.stops;
     }
     g_main_context_wakeup(context_);
+}
+
+bool RunLoop::runMode(std::u16string_view mode, double seconds) const {
+    if (!std::isfinite(seconds) || (mode != u"NSDefaultRunLoopMode" && mode != u"kCFRunLoopDefaultMode")) return false;
+    const AcquiredContext acquired(context_);
+    if (seconds <= 0) {
+        g_main_context_iteration(context_, FALSE);
+        return true;
+    }
+    const GPointer<GSource> limit(g_timeout_source_new(static_cast<guint>(std::clamp(seconds * 1000.0, 1.0, 4e9))));
+    g_source_set_callback(limit.get(), wake, nullptr, nullptr);
+    g_source_attach(limit.get(), context_);
+    g_main_context_iteration(context_, TRUE);
+    return true;
+}
+
+void runForTimeInterval(double seconds) {
+    RunLoop::currentRunLoop().runForTimeInterval(seconds);
+}
+
+bool runMode(std::u16string_view mode, double seconds) {
+    return RunLoop::currentRunLoop().runMode(mode, seconds);
 }
 
 }  // namespace halden

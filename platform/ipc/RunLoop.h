@@ -1,6 +1,8 @@
 // The run loop of a thread.
 #pragma once
 
+#include <string_view>
+
 using GMainContext = struct _GMainContext;
 
 namespace halden {
@@ -18,6 +20,11 @@ public:
     /// 0 or less, what is ready already is dispatched once.
     void runForTimeInterval(double seconds) const;
 
+    /// Runs once in `mode`: returns true as soon as a source was dispatched, or when `seconds` are over. False when the
+    /// loop cannot be run in that mode (it has but one, "NSDefaultRunLoopMode" or "kCFRunLoopDefaultMode"), or the
+    /// seconds make no date (they are infinite, or no number).
+    bool runMode(std::u16string_view mode, double seconds) const;
+
     /// Makes the innermost `run` of this loop return; callable from any thread, and from a dispatched source. Has no
     /// effect on `runForTimeInterval`, nor on a `run` that has not begun.
     void stop() const;
@@ -28,5 +35,9 @@ private:
     explicit RunLoop(GMainContext* context) noexcept : context_(context) {}
     GMainContext* context_;
 };
+
+/// The same on the current thread's run loop.
+void runForTimeInterval(double seconds);
+bool runMode(std::u16string_view mode, double seconds);
 
 }  // namespace halden

@@ -3,6 +3,7 @@
 #include "foundation/Unicode.h"
 #include "platform/web/Base64.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace halden::web {

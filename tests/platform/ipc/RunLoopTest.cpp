@@ -5,6 +5,7 @@
 
 #include <chrono>
 #include <functional>
+#include <limits>
 #include <thread>
 
 namespace halden {
@@ -79,6 +80,21 @@ TEST(RunLoopTest, StopsFromAnotherThreadAndOnlyWhatRuns) {
     RunLoop::currentRunLoop().run();
     stopper.join();
     EXPECT_TRUE(began);
+}
+
+TEST(RunLoopTest, RunsOnceInTheOneMode) {
+    int count = 0;
+    whenIdle([&] { ++count; });
+    EXPECT_TRUE(runMode(u"NSDefaultRunLoopMode", 10));
+    EXPECT_EQ(count, 1);
+    EXPECT_TRUE(runMode(u"kCFRunLoopDefaultMode", 0.01));  // nothing to do: the limit
+    EXPECT_TRUE(runMode(u"NSDefaultRunLoopMode", -1));
+    EXPECT_FALSE(runMode(u"SomeOtherMode", 0.01));
+    EXPECT_FALSE(runMode(u"NSDefaultRunLoopMode", std::numeric_limits<double>::quiet_NaN()));
+    EXPECT_FALSE(runMode(u"NSDefaultRunLoopMode", std::numeric_limits<double>::infinity()));
+    whenIdle([&] { ++count; });
+    runForTimeInterval(0.01);
+    EXPECT_EQ(count, 2);
 }
 
 }  // namespace
