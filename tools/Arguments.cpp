@@ -255,6 +255,7 @@ Parsed checked(const CommandText& command, Values& values, Invocation invocation
         return UsageError{fmt::format("--url: '{}' is no URL", invocation.markup.url)};
     }
     invocation.output = values.text("-o");
+    invocation.attributed = values.flag("--attributed");
     invocation.json = values.flag("--json");
     invocation.list = values.flag("--list");
     invocation.jsonl = values.flag("--jsonl");

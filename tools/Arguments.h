@@ -80,7 +80,8 @@ struct Invocation {
     ImageArguments image;
     MarkupArguments markup;
     PageArguments page;
-    std::string output;  ///< of -o; empty when it is not given
+    std::string output;       ///< of -o; empty when it is not given
+    bool attributed = false;  ///< pdf: rich text
     halden::JsonData data = halden::JsonData::summary;
     bool json = false;
     bool list = false;   ///< apply: print the operations

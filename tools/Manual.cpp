@@ -48,6 +48,16 @@ constexpr std::array kWriteRtfdOptions{
     kHelp,
 };
 
+constexpr std::array kHtmlOptions{
+    OptionText{"-o", "OUT.rtfd", "", "The package to write. What is there under that name goes."},
+    OptionText{"--base-url", "URL", "", "What addresses in the page are relative to: http, https, feed or file."},
+    OptionText{"--allow-remote", "", "",
+               "Let the page load from anywhere. Without, it loads files and what this machine and its own network "
+               "have."},
+    OptionText{"--charset", "NAME", "", "The character set, whatever the page declares."},
+    kHelp,
+};
+
 constexpr std::array kPageOptions{
     OptionText{"--url", "URL", "", "The page's own address: addresses in the page become absolute."},
     kHelp,
@@ -60,20 +70,17 @@ constexpr std::array kFeedOptions{
     kHelp,
 };
 
-constexpr std::array kHtmlOptions{
-    OptionText{"-o", "OUT.rtfd", "", "The package to write. What is there under that name goes."},
-    OptionText{"--base-url", "URL", "", "What addresses in the page are relative to: http, https, feed or file."},
-    OptionText{"--allow-remote", "", "",
-               "Let the page load from anywhere. Without, it loads files and what this machine and its own network "
-               "have."},
-    OptionText{"--charset", "NAME", "", "The character set, whatever the page declares."},
-    kHelp,
-};
-
 constexpr std::array kImageOptions{
     OptionText{"--text", "", "", "Add the text and the information of PDF and PostScript."},
     OptionText{"--spotlight", "", "", "Let the importers give the text of PDF files."},
     OptionText{"--thumbnail", "OUT", "", "Write the thumbnail into a file, as TIFF."},
+    kDataForm,
+    kHelp,
+};
+
+constexpr std::array kPdfOptions{
+    OptionText{"--attributed", "", "", "Give the text with its fonts and colours, as RTFD data."},
+    OptionText{"-o", "OUT.rtfd", "", "With --attributed, write the text as a package."},
     kDataForm,
     kHelp,
 };
@@ -227,6 +234,11 @@ constexpr std::array kCommands{
         "the \"Size\" in points, the \"PixelSize\" and whether there is transparency (\"Alpha\"). A JPEG that "
         "keeps a thumbnail is shown by it. null for a file that is no picture.",
         true, kImageOptions},
+    CommandText{"pdf", "FILE", "Read the text and information of a PDF",
+                "Prints the text of a PDF document (\"String\"), or that it is \"Locked\", with its \"PageCount\" and "
+                "what it says of itself. Text takes at most about a minute; what is not read by then is left out. null "
+                "for a file that is no PDF.",
+                true, kPdfOptions},
     CommandText{"pdf-data", "FILE", "Write the PDF content of a file",
                 "Writes the document of a PDF file or of a PDF bundle as it is, and that of a PostScript file as it is "
                 "made by Ghostscript. null for everything else.",

@@ -48,6 +48,9 @@ Status run(const Invocation& invocation, const std::vector<std::string>& argumen
     if (invocation.command == "image") {
         return imageCommand(invocation);
     }
+    if (invocation.command == "pdf") {
+        return pdfCommand(invocation);
+    }
     if (invocation.command == "pdf-data") {
         return pdfDataCommand(invocation);
     }
