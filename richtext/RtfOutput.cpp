@@ -67,6 +67,10 @@ void RtfOutput::unit(char16_t unit, Bytes bytes) {
             word("page");
             blank();
             return;
+        case 0x2028:  // as a word: not every reader breaks the line at the character
+            word("line");
+            blank();
+            return;
         case 0xA0:
             mark("\\~");
             return;
