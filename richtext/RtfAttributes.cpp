@@ -122,6 +122,13 @@ std::int32_t numberKindOf(RtfOldNumbering::Kind kind) noexcept {
     return 0;
 }
 
+/// Whether a level's paragraphs are marked by nothing at all: no number, and no text around it.
+bool isUnmarked(const RtfListLevel& level) noexcept {
+    constexpr std::int32_t kNoNumber = 255;
+    return level.numberKind == kNoNumber && level.marker.empty() &&
+           std::ranges::all_of(level.text, [](char16_t unit) { return unit < RtfHeaderTables::kMaxListLevels; });
+}
+
 }  // namespace
 
 std::u16string markerFormatOf(const RtfListLevel& level, std::size_t number) {
@@ -291,6 +298,7 @@ std::vector<std::shared_ptr<const TextList>> RtfAttributes::lists(const RtfParag
         const RtfList* list = content_.header.list(paragraph.list);
         if (!list) return lists;
         const std::size_t levels = std::min(static_cast<std::size_t>(paragraph.listLevel) + 1, list->levels.size());
+        if (levels > 0 && isUnmarked(list->levels[levels - 1])) return lists;
         for (std::size_t level = 0; level < levels; ++level) {
             auto& shared = lists_[{paragraph.list, level}];
             if (!shared) {

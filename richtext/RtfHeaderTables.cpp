@@ -108,20 +108,23 @@ void RtfHeaderTables::addList(RtfList list) {
 }
 
 void RtfHeaderTables::addListOverride(std::int32_t number, std::int32_t id,
-                                      const std::vector<std::optional<RtfListLevel>>& levels) {
+                                      const std::vector<RtfListOverrideLevel>& levels) {
     const auto base = listOfId_.find(id);
     if (base == listOfId_.end()) return;
-    const bool changes = std::ranges::any_of(levels, [](const auto& level) { return level.has_value(); });
+    const bool restarts = std::ranges::any_of(levels, [](const auto& level) { return level.start != kRtfUnset; });
+    const bool changes = restarts || std::ranges::any_of(levels, [](const auto& level) { return !!level.format; });
     if (!changes) {
         if (listOfOverride_.size() < kMaxLists) listOfOverride_.insert_or_assign(number, base->second);
         return;
     }
     if (lists_.size() >= 2 * kMaxLists) return;
     RtfList list = lists_[base->second];
+    if (restarts) list.restartedBy = number;
     for (std::size_t i = 0; i < levels.size(); ++i) {
-        if (!levels[i]) continue;
-        if (i >= list.levels.size()) list.levels.resize(i + 1);
-        list.levels[i] = *levels[i];
+        const RtfListOverrideLevel& level = levels[i];
+        if (i >= list.levels.size() && level.format) list.levels.resize(i + 1);
+        if (level.format) list.levels[i] = *level.format;
+        if (level.start != kRtfUnset && i < list.levels.size()) list.levels[i].start = level.start;
     }
     listOfOverride_.insert_or_assign(number, lists_.size());
     lists_.push_back(std::move(list));

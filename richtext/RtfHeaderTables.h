@@ -65,6 +65,14 @@ struct RtfListLevel {
 struct RtfList {
     std::int32_t id = 0;
     std::vector<RtfListLevel> levels;
+    /// The override that begins counting anew; kRtfUnset in lists whose paragraphs are counted under their id.
+    std::int32_t restartedBy = kRtfUnset;
+};
+
+/// What an override says of a level: how its markers look, and where they start.
+struct RtfListOverrideLevel {
+    std::optional<RtfListLevel> format;
+    std::int32_t start = kRtfUnset;
 };
 
 /// Fonts, colours, styles and lists by their numbers.
@@ -85,8 +93,9 @@ public:
     void setExtendedColor(std::size_t index, RtfColor color);
     void setStyle(std::int32_t number, RtfStyle style);
     void addList(RtfList list);
-    /// \ls `number` means the list `id`, with the levels that are given replaced.
-    void addListOverride(std::int32_t number, std::int32_t id, const std::vector<std::optional<RtfListLevel>>& levels);
+    /// \ls `number` means the list `id` with what is given of its levels replaced. One that states a start counts its
+    /// paragraphs for itself.
+    void addListOverride(std::int32_t number, std::int32_t id, const std::vector<RtfListOverrideLevel>& levels);
 
     [[nodiscard]] const RtfFont* font(std::int32_t number) const noexcept;
     /// The colour of an index; nullopt for "automatic", and for no such index.

@@ -93,7 +93,8 @@ std::u16string rtfListNumber(std::int32_t number, std::int32_t numberKind) {
 
 std::u16string RtfListCounters::nextMarker(const RtfList& list, std::size_t level) {
     if (level >= list.levels.size()) return {};
-    Counts& counts = counts_[list.id];
+    const bool countsAlone = list.restartedBy != kRtfUnset;
+    Counts& counts = counts_[countsAlone ? (std::int64_t{1} << 33) + list.restartedBy : list.id];
     ++counts[level];
     std::fill(counts.begin() + static_cast<std::ptrdiff_t>(level) + 1, counts.end(), 0);
 

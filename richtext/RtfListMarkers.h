@@ -29,7 +29,7 @@ public:
 private:
     using Counts = std::array<std::int32_t, RtfHeaderTables::kMaxListLevels>;  // how many so far
 
-    std::unordered_map<std::int32_t, Counts> counts_;  // by list id
+    std::unordered_map<std::int64_t, Counts> counts_;  // by list id, or by override above all ids
     RtfOldNumbering oldNumbering_;
     std::int32_t oldCount_ = 0;
 };

@@ -100,6 +100,8 @@ private:
     void closeField();
     void closeFieldInstruction();
     void insertSymbol(char32_t number, std::u16string_view font, bool isUnicode);
+    void openMarker(RtfWord word);
+    void closeMarker();
     void closePicture();
     void closeAttachment();
 
@@ -133,6 +135,7 @@ private:
     void specialWord(RtfWord word);
     void insertMarker();
     void appendToBody(std::u16string_view units);
+    void cutBody(std::size_t length);
     [[nodiscard]] bool noteFormatOfBody();
     void insertAttachment(RtfAttachment attachment);
     void endParagraph(char16_t separator, std::int32_t level);
@@ -191,7 +194,7 @@ private:
     std::int32_t styleBase_ = kRtfUnset;
     RtfList list_;
     RtfListLevel level_;
-    std::vector<std::optional<RtfListLevel>> overrideLevels_;
+    std::vector<RtfListOverrideLevel> overrideLevels_;
     bool overridesFormat_ = false;
     std::int32_t overrideList_ = 0;
     std::int32_t overrideNumber_ = kRtfUnset;
@@ -201,6 +204,8 @@ private:
     RtfTabKind tabKind_ = RtfTabKind::left;
 
     RtfListCounters counters_;
+    std::size_t markerStart_ = 0;             // of the marker that the file gave last
+    std::size_t markerEnd_ = 0;               // and its end
     std::size_t markedParagraph_ = SIZE_MAX;  // start of the paragraph that last opened a marker of its own
     RtfPicture picture_;
     RtfAttachment attachment_;

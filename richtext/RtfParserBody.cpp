@@ -106,6 +106,16 @@ void RtfParser::insertAttachment(RtfAttachment attachment) {
     content_.attachments.push_back(std::move(attachment));
 }
 
+/// Takes back what stands at and after `length`.
+void RtfParser::cutBody(std::size_t length) {
+    if (length >= content_.text.size()) return;
+    content_.text.resize(length);
+    while (!content_.attachments.empty() && content_.attachments.back().position >= length)
+        content_.attachments.pop_back();
+    for (auto run = content_.runs.rbegin(); run != content_.runs.rend() && run->end > length; ++run)
+        run->end = static_cast<std::uint32_t>(length);
+}
+
 void RtfParser::endParagraph(char16_t separator, std::int32_t level) {
     // The end of a paragraph counts even where its text is hidden.
     const bool hidden = std::exchange(group_.character.hidden, false);

@@ -15,8 +15,7 @@ void RtfParser::openContent(RtfWord word, bool starred) {
     switch (word) {
         case RtfWord::listtext:
         case RtfWord::pntext:
-            group_.inMarker = true;  // the marker is text of the paragraph
-            markedParagraph_ = paragraphStart();
+            openMarker(word);
             break;
         case RtfWord::field:
             fields_.push_back({.instruction = {}, .link = 0, .start = content_.text.size()});
@@ -58,6 +57,29 @@ void RtfParser::openContent(RtfWord word, bool starred) {
             open(word, ignored);
             break;
     }
+}
+
+/// The marker is text of the paragraph. The last one counts where writers left one of a paragraph that never was.
+void RtfParser::openMarker(RtfWord word) {
+    if (group_.destination == RtfDestination::body && !group_.inMarker) {
+        const std::size_t end = content_.text.size();
+        const bool isSecond = end > paragraphStart() && markedParagraph_ == paragraphStart() && markerEnd_ == end;
+        if (isSecond && content_.properties.cocoaVersion == kRtfUnset) cutBody(markerStart_);
+        markerStart_ = content_.text.size();
+        open(word, RtfDestination::body);
+    }
+    group_.inMarker = true;
+    markedParagraph_ = paragraphStart();
+}
+
+/// White space alone marks nothing: so writers say that a level has no number. Cocoa's own markers stay as they are.
+void RtfParser::closeMarker() {
+    const auto isBlank = [](char16_t unit) { return unit == u' ' || unit == u'\t' || unit == 0xA0; };
+    const bool isCocoa = content_.properties.cocoaVersion != kRtfUnset;
+    const std::u16string_view marker =
+        std::u16string_view(content_.text).substr(std::min(markerStart_, content_.text.size()));
+    if (!isCocoa && std::ranges::all_of(marker, isBlank)) cutBody(markerStart_);
+    markerEnd_ = content_.text.size();
 }
 
 void RtfParser::pictureWord(RtfWord word, std::int32_t parameter) {

@@ -153,6 +153,7 @@ void RtfParser::closeDestination(RtfWord opener) {
             break;
     }
     if (opener == RtfWord::field) closeField();
+    if (opener == RtfWord::listtext || opener == RtfWord::pntext) closeMarker();
     if (opener == RtfWord::shptxt || opener == RtfWord::dptxbxtext) endParagraphIfAny();
 }
 

@@ -23,7 +23,9 @@ void RtfParser::listWord(RtfWord word, std::int32_t parameter, bool hasParameter
     if (destination == RtfDestination::listOverrideLevel && word == RtfWord::listoverrideformat) {
         overridesFormat_ = true;
     }
-    if (destination == RtfDestination::listOverrideLevel && word == RtfWord::levelstartat) level_.start = parameter;
+    if (destination == RtfDestination::listOverrideLevel && word == RtfWord::levelstartat) {
+        overrideLevels_.back().start = parameter;
+    }
     if (destination == RtfDestination::listLevel) {
         if (word == RtfWord::levelnfc || word == RtfWord::levelnfcn) level_.numberKind = parameter;
         if (word == RtfWord::levelstartat) level_.start = parameter;
@@ -100,7 +102,7 @@ void RtfParser::closeListLevel() {
     RtfListLevel level = std::exchange(level_, {});
     if (stack_.empty()) return;
     if (stack_.back().destination == RtfDestination::listOverrideLevel) {
-        if (overridesFormat_ && !overrideLevels_.empty()) overrideLevels_.back() = std::move(level);
+        if (overridesFormat_ && !overrideLevels_.empty()) overrideLevels_.back().format = std::move(level);
     } else if (list_.levels.size() < RtfHeaderTables::kMaxListLevels) {
         list_.levels.push_back(std::move(level));
     }
@@ -108,7 +110,7 @@ void RtfParser::closeListLevel() {
 
 /// An override without levels of its own is another name of the list.
 void RtfParser::closeListOverride() {
-    const std::vector<std::optional<RtfListLevel>> levels = std::exchange(overrideLevels_, {});
+    const std::vector<RtfListOverrideLevel> levels = std::exchange(overrideLevels_, {});
     if (overrideNumber_ != kRtfUnset) content_.header.addListOverride(overrideNumber_, overrideList_, levels);
 }
 

@@ -41,6 +41,26 @@ TEST(RtfListMarkers, CountByLevel) {
     EXPECT_EQ(counters.nextMarker(list, 0), u"2147483647.");
 }
 
+TEST(RtfListMarkers, OverridesMayStartAnew) {
+    constexpr std::string_view kLists =
+        "{\\*\\listtable{\\list{\\listlevel\\levelnfc0{\\leveltext\\'02\\'00.;}}\\listid7}}{\\*\\listoverridetable"
+        "{\\listoverride\\listid7\\ls1}{\\listoverride\\listid7{\\lfolevel\\listoverridestartat\\levelstartat5}\\ls2}"
+        "{\\listoverride\\listid7\\ls3}}";
+    EXPECT_EQ(testing::textOf(std::string(kLists) + "\\ls1 a\\par\\ls2 b\\par b\\par\\ls1 a\\par\\ls3 c"),
+              "1.\ta\n5.\tb\n6.\tb\n2.\ta\n3.\tc");
+}
+
+TEST(RtfListMarkers, OfWhiteSpaceAndOfParagraphsThatNeverWereAreNone) {
+    EXPECT_EQ(testing::textOf("{\\listtext\\tab}\\ls1 a\\par{\\b\\listtext\\tab}\\b0 b\\par"), "a\nb\n");
+    EXPECT_EQ(testing::textOf("x\\par{\\listtext 1.\\tab}\\pard{\\pntext\\b *\\tab}a\\par"), "x\n*\ta\n");
+    EXPECT_EQ(testing::textOf("{\\listtext 1.\\tab}a{\\listtext *\\tab}"), "1.\ta*\t");
+    EXPECT_EQ(testing::textOf("\\cocoartf2513{\\listtext\\tab\\tab}a"), "\t\ta");
+    const RtfContent content = testing::contentOf("{\\b a}{\\listtext\\i\\tab\\b\\tab}\\ul b");
+    EXPECT_EQ(utf8FromUtf16(content.text), "ab");
+    EXPECT_TRUE(testing::characterAt(content, 0).bold);
+    EXPECT_EQ(testing::characterAt(content, 1).underline, RtfUnderline::single);
+}
+
 TEST(RtfListMarkers, StandBeforeParagraphsThatHaveNone) {
     constexpr std::string_view kLists =
         "{\\*\\listtable{\\list{\\listlevel\\levelnfc0{\\leveltext\\'02\\'00.;}}{\\listlevel\\levelnfc4"

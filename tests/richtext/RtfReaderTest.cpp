@@ -153,6 +153,18 @@ TEST(RtfReader, SharesListsByIdentity) {
     EXPECT_EQ(b[1]->startingItemNumber, 4);
 }
 
+TEST(RtfReader, LevelsThatMarkNothingAreNoLists) {
+    const auto listsWith = [](std::string_view level) {
+        const std::string text = "{\\*\\listtable{\\list{\\listlevel" + std::string(level) +
+                                 "}\\listid1}}{\\*\\listoverridetable{\\listoverride\\listid1\\ls1}}\\ls1 a\\par";
+        return documentOf(text).text.paragraphAttributesAt(0).lists.size();
+    };
+    EXPECT_EQ(listsWith("\\levelnfc255{\\leveltext\\'01\\'00;}"), 0U);
+    EXPECT_EQ(listsWith("\\levelnfc255{\\leveltext\\'02\\'00);}"), 1U);
+    EXPECT_EQ(listsWith("\\levelnfc255{\\*\\levelmarker \\{disc\\}}{\\leveltext\\'00;}"), 1U);
+    EXPECT_EQ(listsWith("\\levelnfc0{\\leveltext\\'01\\'00;}"), 1U);
+}
+
 TEST(RtfReader, MakesMarkerFormats) {
     struct Case {
         std::int32_t kind;
