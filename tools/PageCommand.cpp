@@ -47,7 +47,7 @@ Value dateOf(std::u16string_view html) {
 class Addresses {
 public:
     explicit Addresses(MaybeUrl base) : base_(std::move(base)) {}
-    [[nodiscard]] std::u16string resolved(std::u16string address) const {
+    [[nodiscard]] std::u16string resolved(const std::u16string& address) const {
         const auto url = base_ ? halden::URLRelativeTo(address, *base_) : std::nullopt;
         return url ? url->absoluteString() : address;
     }
