@@ -1,6 +1,7 @@
 #include "documents/PlainText.h"
 
 #include "foundation/Unicode.h"
+#include "markup/CharsetNames.h"
 
 #include <algorithm>
 #include <charconv>
@@ -124,13 +125,13 @@ std::optional<PlainText> plainTextFromBytes(std::span<const std::uint8_t> bytes,
 }
 
 CFStringEncoding encodingFromAttribute(std::string_view attribute) {
-    const std::size_t semicolon = attribute.find(';');
-    if (semicolon == std::string_view::npos) return halden::kInvalidEncoding;
-    const std::string_view digits = attribute.substr(semicolon + 1);
+    const std::string_view name = attribute.substr(0, attribute.find(';'));
+    std::string_view digits = attribute.substr(name.size());
+    if (!digits.empty()) digits.remove_prefix(1);
     CFStringEncoding encoding = halden::kInvalidEncoding;
     const auto result = std::from_chars(digits.data(), digits.data() + digits.size(), encoding);
-    if (result.ec != std::errc() || !halden::CFStringIsEncodingAvailable(encoding)) return halden::kInvalidEncoding;
-    return encoding;
+    if (result.ec == std::errc() && halden::CFStringIsEncodingAvailable(encoding)) return encoding;
+    return name.empty() ? halden::kInvalidEncoding : halden::charset2CFStringEncoding(halden::utf16FromUtf8(name));
 }
 
 }  // namespace quarry

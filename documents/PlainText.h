@@ -31,7 +31,8 @@ struct PlainText {
                                                           halden::CFStringEncoding declaredEncoding);
 
 /// The encoding in the text of the extended attribute com.apple.TextEncoding, "NAME;NUMBER", where the number is that
-/// of a Core Foundation encoding; invalid for anything else.
+/// of a Core Foundation encoding. Either may be missing: the number counts, and the name where there is none that is
+/// known. Invalid for anything else.
 [[nodiscard]] halden::CFStringEncoding encodingFromAttribute(std::string_view attribute);
 
 }  // namespace quarry

@@ -110,10 +110,17 @@ bool isWebArchive(std::string_view bytes) {
     return bytes.substr(0, 1024).find("<plist") != std::string_view::npos && bytes.find(kKey) != std::string_view::npos;
 }
 
+/// As RTF, where a mark of UTF-8 and blank lines stand before the document at most.
+bool beginsAsRtf(std::string_view bytes) {
+    if (bytes.starts_with("\xEF\xBB\xBF")) bytes.remove_prefix(3);
+    bytes.remove_prefix(std::min(bytes.find_first_not_of(" \t\r\n"), bytes.size()));
+    return bytes.starts_with("{\\rtf");
+}
+
 /// What has a signature at its very beginning; nullopt for anything else.
 std::optional<DocumentKind> kindOfSignature(std::span<const std::uint8_t> bytes) {
     const std::string_view view = viewOf(bytes);
-    if (view.starts_with("{\\rtf")) return DocumentKind::rtf;
+    if (beginsAsRtf(view)) return DocumentKind::rtf;
     if (view.starts_with(std::string_view("rtfd\0\0\0\0", 8))) return DocumentKind::flatRtfd;
     if (isCompoundFile(bytes)) return kindOfCompoundFile(bytes);
     if (isZipArchive(bytes)) return kindOfPackage(bytes);

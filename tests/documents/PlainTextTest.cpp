@@ -61,7 +61,10 @@ TEST(PlainText, BytesThatNoEncodingMakesSenseOfAreNone) {
 TEST(PlainText, TheAttributeNamesAnEncoding) {
     EXPECT_EQ(encodingFromAttribute("utf-8;134217984"), halden::kCFStringEncodingUTF8);
     EXPECT_EQ(encodingFromAttribute(";0"), halden::kCFStringEncodingMacRoman);
-    for (const char* attribute : {"", "utf-8", "utf-8;", "utf-8;x", "utf-8;99999", ";-1"})
+    for (const char* attribute : {"utf-8", "UTF-8;", "utf-8;x", "utf-8;99999"})
+        EXPECT_EQ(encodingFromAttribute(attribute), halden::kCFStringEncodingUTF8) << attribute;
+    EXPECT_EQ(encodingFromAttribute("windows-1251"), kCyrillic);
+    for (const char* attribute : {"", ";", ";x", ";-1", "no-such-name", "\xFF;"})
         EXPECT_EQ(encodingFromAttribute(attribute), kInvalidEncoding) << attribute;
 }
 

@@ -58,6 +58,8 @@ INSTANTIATE_TEST_SUITE_P(
     ::testing::Values(
         Case{"rtf", "{\\rtf1 x}", TypeHint::none, rtf}, Case{"rtfNamedAsText", "{\\rtf1 x}", TypeHint::text, rtf},
         Case{"rtfNamedAsPicture", "{\\rtf1 x}", TypeHint::other, rtf},
+        Case{"rtfAfterBlanks", "\xEF\xBB\xBF \r\n{\\rtf1 x}", TypeHint::text, rtf},
+        Case{"rtfAfterText", "x{\\rtf1 x}", TypeHint::text, plainText},
         Case{"almostRtf", "{\\rt1 x}", TypeHint::other, unknown},
         Case{"flatRtfd", "rtfd\0\0\0\0\3\0\0\0"s, TypeHint::none, flatRtfd},
         Case{"wordBinary", compoundFile({"Other", "WordDocument"}), TypeHint::none, doc},
