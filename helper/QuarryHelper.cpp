@@ -4,7 +4,9 @@
 #include "foundation/Exception.h"
 #include "helper/HtmlReading.h"
 #include "helper/ImageLoader.h"
+#include "helper/MoviePoster.h"
 #include "helper/PdfInformation.h"
+#include "platform/ipc/RunLoop.h"
 #include "platform/net/LocalUrl.h"
 #include "richtext/FlatRtfd.h"
 #include "richtext/RtfdPackage.h"
@@ -98,10 +100,8 @@ std::optional<Dictionary> QuarryHelper::attributedStringWithPDF(const Data& pdf,
     return informationOfPdf(pdf, {.attributed = options.attributed}, nullptr);
 }
 
-// This operation waits for its engine. Until then it answers what it answers for a document that it cannot read: nil.
-
-std::optional<Dictionary> QuarryHelper::posterImageForMovieWithFile(std::u16string_view) {
-    return std::nullopt;
+std::optional<Dictionary> QuarryHelper::posterImageForMovieWithFile(std::u16string_view path) {
+    return quarry::posterImageForMovieWithFile(path, halden::runForTimeInterval);
 }
 
 }  // namespace quarry

@@ -11,6 +11,7 @@ Status supportsCommand(const Invocation& invocation);
 Status richTextCommand(const Invocation& invocation);
 Status writeRtfdCommand(const Invocation& invocation);
 Status imageCommand(const Invocation& invocation);
+Status posterCommand(const Invocation& invocation);
 Status pdfCommand(const Invocation& invocation);
 Status pdfDataCommand(const Invocation& invocation);
 Status importersCommand(const Invocation& invocation);

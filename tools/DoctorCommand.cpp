@@ -3,6 +3,7 @@
 #include "platform/images/ImagesEngine.h"
 #include "platform/ipc/Registry.h"
 #include "platform/ipc/RootProxy.h"
+#include "platform/movies/MoviesEngine.h"
 #include "platform/office/OfficeInstallation.h"
 #include "platform/pdf/PdfEngine.h"
 #include "platform/postscript/PostScript.h"
@@ -80,6 +81,16 @@ void checkImages(Findings& findings) {
     const std::string ghostscript = halden::ghostscriptPath();
     findings.check(!ghostscript.empty(), "PostScript", ghostscript,
                    "Ghostscript is not installed: PostScript and EPS are not read");
+}
+
+void checkMovies(Findings& findings) {
+    const halden::MoviesEngineStatus& movies = halden::moviesEngineStatus();
+    if (movies.engine != nullptr) {
+        findings.good("movie engine", fmt::format("{}, {}", movies.engine->version(),
+                                                  std::filesystem::path(movies.path).lexically_normal().native()));
+    } else {
+        findings.bad("movie engine", fmt::format("{}: movies are not read", movies.reason));
+    }
 }
 
 void checkWebEngine(Findings& findings) {
@@ -209,6 +220,7 @@ Status doctorCommand(const Invocation&) {
     checkProgram(findings, "helper", libexecPath("quarry-helper"));
     checkPdfEngine(findings);
     checkImages(findings);
+    checkMovies(findings);
     checkWorkers(findings);
     checkOffice(findings);
     checkWebEngine(findings);

@@ -60,6 +60,27 @@ Status imageCommand(const Invocation& invocation) {
     });
 }
 
+Status posterCommand(const Invocation& invocation) {
+    const halden::JsonWriteOptions form{.data = invocation.data, .indent = 2};
+    return forEachFile(invocation, [&](HelperSession& session, const std::string& file) {
+        Status status = Status::none;
+        auto answer = answerAbout(session, file, status, [](auto& proxy, std::u16string_view path) {
+            return proxy.posterImageForMovieWithFile(path);
+        });
+        if (!answer || !*answer) {
+            print("null\n");
+            return status;
+        }
+        if (!invocation.image.thumbnail.empty()) {
+            status = writeData((*answer)->find(u"Thumbnail"), invocation.image.thumbnail, "thumbnail", file);
+        } else {
+            status = (*answer)->contains(u"Thumbnail") ? Status::result : Status::none;
+        }
+        print(halden::jsonFromValue(halden::Value(std::move(**answer)), form) + "\n");
+        return status;
+    });
+}
+
 Status pdfDataCommand(const Invocation& invocation) {
     if (invocation.output.empty()) {
         printError("pdf-data: -o says which file to write, and is missing");

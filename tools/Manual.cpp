@@ -78,6 +78,12 @@ constexpr std::array kImageOptions{
     kHelp,
 };
 
+constexpr std::array kPosterOptions{
+    OptionText{"--thumbnail", "OUT", "", "Write the picture into a file, as TIFF."},
+    kDataForm,
+    kHelp,
+};
+
 constexpr std::array kPdfOptions{
     OptionText{"--attributed", "", "", "Give the text with its fonts and colours, as RTFD data."},
     OptionText{"-o", "OUT.rtfd", "", "With --attributed, write the text as a package."},
@@ -239,6 +245,12 @@ constexpr std::array kCommands{
                 "what it says of itself. Text takes at most about a minute; what is not read by then is left out. null "
                 "for a file that is no PDF.",
                 true, kPdfOptions},
+    CommandText{
+        "poster", "FILE", "Look at a movie",
+        "Prints the \"Duration\" of a movie or sound file in seconds, its \"Size\" in pixels and, as its "
+        "\"Thumbnail\" (TIFF data), the picture from its middle, at 15 seconds at most, else the one that stands "
+        "for it. A file that is no movie has the duration 0 and no picture.",
+        true, kPosterOptions},
     CommandText{"pdf-data", "FILE", "Write the PDF content of a file",
                 "Writes the document of a PDF file or of a PDF bundle as it is, and that of a PostScript file as it is "
                 "made by Ghostscript. null for everything else.",

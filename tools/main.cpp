@@ -45,6 +45,9 @@ Status run(const Invocation& invocation, const std::vector<std::string>& argumen
     if (invocation.command == "write-rtfd") {
         return writeRtfdCommand(invocation);
     }
+    if (invocation.command == "poster") {
+        return posterCommand(invocation);
+    }
     if (invocation.command == "image") {
         return imageCommand(invocation);
     }

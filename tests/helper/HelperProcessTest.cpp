@@ -37,13 +37,15 @@ TEST_F(HelperProcessTest, NamesThatAreNoUtf8AreServed) {
     EXPECT_EQ(*attributes->find(u"kMDItemTextContent"), Value(u"read"));
 }
 
-TEST_F(HelperProcessTest, OperationsWithoutEngineAnswerNilOrNo) {
+TEST_F(HelperProcessTest, WhatIsNoPictureOrDocumentGivesNilAndNoMovieAnEmptyAnswer) {
     auto helper = proxy();
     const auto path = file("a.txt");
     EXPECT_FALSE(helper.PDFImageRepOfFile(path));
     EXPECT_FALSE(helper.imageWithContentsOfFile(path, {.stringFromPDF = true}));
     EXPECT_FALSE(helper.attributedStringWithPDF(Data::copying("x"), {}));
-    EXPECT_FALSE(helper.posterImageForMovieWithFile(path));
+    const auto poster = helper.posterImageForMovieWithFile(path);
+    ASSERT_TRUE(poster);
+    EXPECT_EQ(*poster, (Dictionary{{u"Duration", 0.0}, {u"Size", u"{0, 0}"}}));
 }
 
 TEST_F(HelperProcessTest, WebArchivesGiveTheirText) {
