@@ -86,6 +86,7 @@ struct RtfDocumentProperties {
     std::int32_t defaultAssociatedFont = kRtfUnset;  // \adeff
 
     std::u16string title, subject, author, manager, company, editor, category, keywords, comment, copyright;
+    std::optional<RtfColor> background;  // of the page
     std::optional<Date> created;
     std::optional<Date> modified;
 

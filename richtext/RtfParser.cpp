@@ -366,6 +366,8 @@ void RtfParser::emit(std::u16string_view units) {
         case RtfDestination::oldNumberingBefore:
         case RtfDestination::oldNumberingAfter:
         case RtfDestination::attachment:
+        case RtfDestination::shapePropertyName:
+        case RtfDestination::shapePropertyValue:
             collect(units);
             break;
         case RtfDestination::fieldInstruction:

@@ -41,7 +41,10 @@ enum class RtfDestination : std::uint8_t {
     fieldInstruction,
     picture,
     attachment,
-    rowProperties,  // \nesttableprops
+    rowProperties,   // \nesttableprops
+    pageBackground,  // \background: a shape, whose properties alone count
+    shapePropertyName,
+    shapePropertyValue,
 };
 
 /// What braces save and restore.
@@ -96,6 +99,9 @@ private:
     // RtfParserContent.cpp: fields, pictures, attachments, shapes.
     void pictureWord(RtfWord word, std::int32_t parameter);
     void openContent(RtfWord word, bool starred);
+    void openShapeProperty(RtfWord word);
+    void closeShapeProperty();
+    void closePageBackground();
     void openTextBox();
     void closeField();
     void closeFieldInstruction();
@@ -207,6 +213,9 @@ private:
     std::size_t markerStart_ = 0;             // of the marker that the file gave last
     std::size_t markerEnd_ = 0;               // and its end
     std::size_t markedParagraph_ = SIZE_MAX;  // start of the paragraph that last opened a marker of its own
+    std::u16string shapePropertyName_;
+    std::optional<std::int32_t> pageFill_;  // blue, green and red from the highest byte
+    bool pageIsFilled_ = true;
     RtfPicture picture_;
     RtfAttachment attachment_;
     std::vector<Field> fields_;

@@ -4,9 +4,28 @@
 #include "richtext/RtfParser.h"
 
 #include <algorithm>
+#include <charconv>
 #include <utility>
 
 namespace halden {
+namespace {
+
+/// Digits, perhaps after a sign and among blanks, that fit in 32 bits.
+std::optional<std::int32_t> wholeNumberOf(std::u16string_view text) {
+    std::string digits;
+    for (const char16_t unit : text) {
+        if (unit <= u' ') continue;
+        if (unit > 0x7F) return std::nullopt;
+        digits += static_cast<char>(unit);
+    }
+    std::int32_t number = 0;
+    const char* const end = digits.data() + digits.size();
+    const auto [last, error] = std::from_chars(digits.data(), end, number);
+    if (error != std::errc{} || last != end) return std::nullopt;
+    return number;
+}
+
+}  // namespace
 
 /// A word that has no business where it stands is passed over, and its group stays what it was.
 void RtfParser::openContent(RtfWord word, bool starred) {
@@ -52,11 +71,51 @@ void RtfParser::openContent(RtfWord word, bool starred) {
             // In a group of its own always; elsewhere the word stands there by mistake.
             if (starred && around == body) open(word, rowProperties);
             break;
+        case RtfWord::background:
+            pageFill_.reset();
+            pageIsFilled_ = true;
+            open(word, around == body ? pageBackground : ignored);
+            break;
+        case RtfWord::sn:
+        case RtfWord::sv:
+            openShapeProperty(word);
+            break;
         default:  // containers: their text is none of the document's, but they may hold some that is
             if (around != ignored) group_.outerDestination = around;
             open(word, ignored);
             break;
     }
+}
+
+/// Properties are looked at in the shape of the page's background. Others are no text, but may hold pictures.
+void RtfParser::openShapeProperty(RtfWord word) {
+    using enum RtfDestination;
+    const RtfDestination around = group_.destination;
+    if (around == ignored && group_.outerDestination == pageBackground) {
+        gather(word, word == RtfWord::sn ? shapePropertyName : shapePropertyValue);
+        return;
+    }
+    if (around != ignored) group_.outerDestination = around;
+    open(word, ignored);
+}
+
+void RtfParser::closeShapeProperty() {
+    const std::u16string text = takeCollected();
+    if (group_.destination == RtfDestination::shapePropertyName) {
+        shapePropertyName_ = text;
+        return;
+    }
+    const std::optional<std::int32_t> number = wholeNumberOf(text);
+    if (!number) return;
+    if (shapePropertyName_ == u"fillColor") pageFill_ = number;
+    if (shapePropertyName_ == u"fFilled") pageIsFilled_ = *number != 0;
+}
+
+/// Numbers above the three colours are those of the system on which the document was written.
+void RtfParser::closePageBackground() {
+    if (!pageIsFilled_ || !pageFill_ || *pageFill_ < 0 || *pageFill_ > 0xFFFFFF) return;
+    const auto component = [this](int shift) { return ((*pageFill_ >> shift) & 0xFF) / 255.0; };
+    content_.properties.background = RtfColor{component(0), component(8), component(16), 1};
 }
 
 /// The marker is text of the paragraph. The last one counts where writers left one of a paragraph that never was.

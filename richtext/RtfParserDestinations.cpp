@@ -149,6 +149,13 @@ void RtfParser::closeDestination(RtfWord opener) {
         case RtfDestination::attachment:
             closeAttachment();
             return;
+        case RtfDestination::shapePropertyName:
+        case RtfDestination::shapePropertyValue:
+            closeShapeProperty();
+            return;
+        case RtfDestination::pageBackground:
+            closePageBackground();
+            return;
         default:
             break;
     }

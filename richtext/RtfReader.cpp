@@ -105,6 +105,9 @@ Dictionary documentAttributesOf(const RtfDocumentProperties& properties) {
     if (properties.viewScale != kRtfUnset) set(kViewZoomKey, static_cast<double>(properties.viewScale));
     if (properties.viewKind != kRtfUnset) set(kViewModeKey, properties.viewKind);
     if (properties.readOnly != kRtfUnset) set(kReadOnlyKey, properties.readOnly);
+    if (const auto& color = properties.background) {
+        set(kBackgroundColorKey, valueFromColor({color->red, color->green, color->blue, color->alpha}));
+    }
     addInformation(attributes, properties);
     return attributes;
 }

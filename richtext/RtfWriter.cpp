@@ -154,6 +154,33 @@ public:
         if (integer(kDefaultTabIntervalKey).value_or(0) != 0) writeLength("deftab", kDefaultTabIntervalKey);
     }
 
+    /// The page's colour is that of a shape behind the text, opaque and of eight bits; readers want to be told to show
+    /// it.
+    void writeBackground() {
+        const Value* const value = attributes_.find(kBackgroundColorKey);
+        const auto color = value ? colorFromValue(*value) : std::nullopt;
+        if (!color) return;
+        const auto component = [](double part) { return static_cast<std::int32_t>(std::lround(part * 255)); };
+        output_.word("viewbksp", 1);
+        output_.openStarred("background");
+        output_.open();
+        output_.word("shp");
+        output_.openStarred("shpinst");
+        for (const std::string_view word : {"shpleft", "shptop", "shpright", "shpbottom", "shpfhdr"})
+            output_.word(word, 0);
+        for (const std::string_view word : {"shpbxmargin", "shpbymargin"})
+            output_.word(word);
+        writeShapeProperty("shapeType", 1);
+        writeShapeProperty("fillColor",
+                           component(color->blue) << 16 | component(color->green) << 8 | component(color->red));
+        for (const std::string_view name : {"fFilled", "fBackground"})
+            writeShapeProperty(name, 1);
+        writeShapeProperty("fLine", 0);
+        for (int group = 0; group < 3; ++group)
+            output_.close();
+        output_.newLine();
+    }
+
     void writeHyphenation(const Hyphenation& hyphenation) {
         if (hyphenation.factor <= 0) return;
         output_.word("hyphauto", hyphenation.isOfDocument ? 1 : 0);
@@ -171,6 +198,10 @@ private:
     }
     void writeLength(std::string_view word, std::u16string_view key) {
         if (const auto points = numberAttribute(attributes_, key)) output_.word(word, rtfNumber(*points));
+    }
+
+    void writeShapeProperty(std::string_view name, std::int32_t value) {
+        output_.mark("{\\sp{\\sn " + std::string(name) + "}{\\sv " + std::to_string(value) + "}}");
     }
 
     RtfOutput& output_;
@@ -191,6 +222,7 @@ std::string rtfFromDocument(const RichTextDocument& document, const RtfWriteOpti
     tables.write(output);
     header.writeInformation();
     header.writePage();
+    header.writeBackground();
     header.writeHyphenation(hyphenation);
     std::string rtf = output.take();
     rtf.reserve(rtf.size() + body.size() + 2);

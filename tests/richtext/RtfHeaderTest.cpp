@@ -128,6 +128,27 @@ TEST(RtfHeader, ReadsPageSetUp) {
     EXPECT_EQ(contentOf("x").properties.paperWidth, kRtfUnset);
 }
 
+TEST(RtfHeader, ReadsTheColorOfThePageFromTheShapeBehindIt) {
+    const std::string_view before = "{\\*\\background{\\shp{\\*\\shpinst\\shplid1025{\\sp{\\sn shapeType}{\\sv 1}}";
+    struct Row {
+        std::string_view properties;
+        std::optional<RtfColor> color;
+    };
+    for (const Row& row :
+         {Row{"{\\sp{\\sn fillColor}{\\sv 13158}}", RtfColor{102 / 255.0, 0.2, 0, 1}},
+          Row{"{\\sp\n{\\sn fillColor}\n{\\sv  255 }}{\\sp{\\sn fFilled}{\\sv 1}}", RtfColor{1, 0, 0, 1}},
+          Row{"{\\sp{\\sn fillColor}{\\sv 255}}{\\sp{\\sn fFilled}{\\sv 0}}", std::nullopt},
+          Row{"{\\sp{\\sn fillColor}{\\sv 268435455}}", std::nullopt},
+          Row{"{\\sp{\\sn fillColor}{\\sv 9999999999}}", std::nullopt},
+          Row{"{\\sp{\\sn fillColor}{\\sv x}}{\\shptxt no text}{\\pict\\pngblip 89504e470d0a1a0a}", std::nullopt}}) {
+        const RtfContent content = contentOf(std::string(before) + std::string(row.properties) +
+                                             "}}}{\\shp{\\*\\shpinst{\\sp{\\sn fillColor}{\\sv 9}}}}text");
+        EXPECT_EQ(content.properties.background, row.color) << row.properties;
+        EXPECT_EQ(content.text, u"text");
+        EXPECT_TRUE(content.attachments.empty());
+    }
+}
+
 TEST(RtfHeader, ReadsInformation) {
     const RtfDocumentProperties properties =
         contentOf(

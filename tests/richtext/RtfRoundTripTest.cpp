@@ -59,6 +59,7 @@ TEST(RtfRoundTripOfAttributes, EveryAttributeOfADocumentComesBack) {
                           {std::u16string(kViewZoomKey), 130.0},
                           {std::u16string(kViewModeKey), 1},
                           {std::u16string(kReadOnlyKey), 1},
+                          {std::u16string(kBackgroundColorKey), Array{1.0, 0.2, 0.0, 1.0}},
                           {std::u16string(kTitleKey), u"A {title} \u00FC\u65E5"},
                           {std::u16string(kAuthorKey), u"Zo\u00EB"},
                           {std::u16string(kSubjectKey), u"s"},
