@@ -85,6 +85,10 @@ function(quarry_test name)
     string(REGEX REPLACE "(quarry::[a-z_]+)" "\\1_sanitized" libraries "${libraries}")
   endif()
   add_executable(${name}_tests ${arg_SOURCES})
+  if(arg_SANITIZED)
+    # The checks make tables of cases slow to optimize, and the time of the tests is spent in the libraries.
+    target_compile_options(${name}_tests PRIVATE $<$<CONFIG:Debug>:-O0>)
+  endif()
   quarry_target_defaults(${name}_tests)
   target_compile_definitions(${name}_tests PRIVATE
     QUARRY_BUILD_PREFIX="${CMAKE_BINARY_DIR}" QUARRY_SOURCE_DIR="${PROJECT_SOURCE_DIR}" ${arg_DEFINES})
