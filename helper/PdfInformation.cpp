@@ -1,5 +1,6 @@
 #include "helper/PdfInformation.h"
 
+#include "foundation/CharacterComparison.h"
 #include "foundation/Exception.h"
 #include "foundation/StringNormalization.h"
 #include "helper/PdfRichText.h"
@@ -16,25 +17,21 @@ namespace {
 using halden::Dictionary;
 using halden::PdfDocument;
 
-constexpr double kLongestReading = 60;
 constexpr std::size_t kUnitsPerPage = 2048;
-// A count of pages is only what the document says: more room is made when there is text for it.
-constexpr int kMostPagesOfRoom = 1000;
+// Room is only addresses until there is text in it; yet a count of a million pages, gigabytes of them, is one that a
+// document just claims.
+constexpr int kMostPagesOfRoom = 100'000;
 
-char16_t lower(char16_t unit) {
-    return unit >= u'A' && unit <= u'Z' ? static_cast<char16_t>(unit + (u'a' - u'A')) : unit;
-}
-
-bool isSameLetter(char16_t a, char16_t b) {
-    return lower(a) == lower(b);
-}
-
+/// Texts of equal length are compared, in a longer one the word is looked for.
 bool contains(std::u16string_view text, std::u16string_view word) {
-    return !std::ranges::search(text, word, isSameLetter).empty();
+    if (text.size() < word.size()) return false;
+    if (text.size() == word.size()) return halden::fastCaseInsensitiveCompareUnichars(text, word) == 0;
+    return halden::fastCaseInsensitiveContainsUnichars(text, word) != nullptr;
 }
 
 bool endsWith(std::u16string_view text, std::u16string_view word) {
-    return text.size() >= word.size() && std::ranges::equal(text.substr(text.size() - word.size()), word, isSameLetter);
+    if (text.size() < word.size()) return false;
+    return halden::fastCaseInsensitiveCompareUnichars(text.substr(text.size() - word.size()), word) == 0;
 }
 
 /// Of a page that throws there is none, and the others stay.
@@ -51,7 +48,7 @@ std::u16string textOfPage(PdfDocument& document, int page) {
 }
 
 void setRichText(Dictionary& result, PdfDocument& document, double foundationVersion) {
-    const auto text = attributedStringOfPdf(document);
+    const auto text = attributedStringOfPdf(document, kLongestReading, steadySeconds);
     if (!text) return;
     if (foundationVersion < kFirstWithRtfd) {
         result.set(u"String", propertyListOfAttributedString(*text));
@@ -92,15 +89,13 @@ std::optional<std::u16string> fixedAndNormalizedStringUsingTimeout(PdfDocument& 
                                                                    const SecondsClock& clock) {
     const int pages = document.pageCount();
     if (pages <= 0) return std::nullopt;
-    const double start = timeout > 0 ? clock() : 0;
+    PageTimes times(timeout, clock);
     std::u16string text;
     text.reserve(kUnitsPerPage * static_cast<std::size_t>(std::min(pages, kMostPagesOfRoom)));
     for (int page = 0; page < pages; ++page) {
-        const double pageStart = timeout > 0 ? clock() : 0;
+        times.pageBegins();
         text += textOfPage(document, page);
-        if (timeout <= 0) continue;
-        const double now = clock();
-        if ((now - start) + (now - pageStart) >= timeout) break;
+        if (times.isOverAfterPage()) break;
     }
     return text;
 }
@@ -111,7 +106,7 @@ std::optional<std::u16string> fixedAndNormalizedString(PdfDocument& document) {
 
 std::optional<Dictionary> informationOfPdf(const halden::Data& pdf, const PdfInformationOptions& options,
                                            const ImporterText& importerText) {
-    const auto document = PdfDocument::documentWithData(pdf, {.seconds = kLongestReading});
+    const auto document = PdfDocument::documentWithData(pdf, options.limits);
     if (!document) return std::nullopt;
     const Dictionary attributes = document->documentAttributes();
     Dictionary result;

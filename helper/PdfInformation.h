@@ -3,6 +3,7 @@
 
 #include "foundation/Data.h"
 #include "foundation/Value.h"
+#include "helper/PageTimes.h"
 #include "platform/pdf/PdfDocument.h"
 
 #include <functional>
@@ -12,8 +13,6 @@
 
 namespace quarry {
 
-/// Tells the time, in seconds.
-using SecondsClock = std::function<double()>;
 [[nodiscard]] double steadySeconds();
 
 /// Asks the importers for the text of a file.
@@ -24,11 +23,16 @@ using ImporterText = std::function<std::optional<std::u16string>(std::u16string_
 inline constexpr double kFoundationVersion = 1259;
 inline constexpr double kFirstWithRtfd = 833.1;
 
+/// The time, in seconds, that the text of a document may take.
+inline constexpr double kLongestReading = 60;
+
 struct PdfInformationOptions {
     bool attributed = false;                    ///< "String" is rich text
     std::optional<std::u16string_view> path{};  ///< of the document; without one no importer is asked
     bool size = false;                          ///< add "Size", "PixelSize" and "Alpha"
     double foundationVersion = kFoundationVersion;
+    /// What the engine may take; the time of opening and of all pages together is that of the text, about.
+    halden::PdfLimits limits{.seconds = kLongestReading, .secondsInAll = kLongestReading};
 };
 
 /// "String" or "Locked"; "PageCount"; the document attributes; and, when they are asked for and there is a
@@ -39,7 +43,7 @@ struct PdfInformationOptions {
 /// (see `propertyListOfAttributedString`).
 ///
 /// For plain text the importers are asked first where there is a path, unless the producer is one whose documents they
-/// read badly; the document's own text takes at most about a minute.
+/// read badly. The document's own text, plain or rich, takes at most about a minute: the pages after it are missing.
 [[nodiscard]] std::optional<halden::Dictionary> informationOfPdf(const halden::Data& pdf,
                                                                  const PdfInformationOptions& options,
                                                                  const ImporterText& importerText);
@@ -51,9 +55,7 @@ struct PdfInformationOptions {
 /// The text of all pages, repaired and normalised, each with a line feed after it; pages without text add nothing.
 /// nullopt for a document without pages.
 ///
-/// `clock` gives seconds from any start. With a limit above zero (seconds), reading stops after a page when the time
-/// since the start and the time of that page together reach it: the page's time counts twice, so that a slow page ends
-/// it sooner.
+/// `timeout` is the limit of `PageTimes`: pages after it are missing.
 [[nodiscard]] std::optional<std::u16string> fixedAndNormalizedStringUsingTimeout(
     halden::PdfDocument& document, double timeout, const SecondsClock& clock = steadySeconds);
 /// The same without a limit.

@@ -60,13 +60,17 @@ void append(AttributedString::Parts& parts, PdfTextRun& last, const PdfStyledTex
 
 }  // namespace
 
-std::optional<AttributedString> attributedStringOfPdf(PdfDocument& document) {
+std::optional<AttributedString> attributedStringOfPdf(PdfDocument& document, double timeout,
+                                                      const SecondsClock& clock) {
     if (document.isLocked() || document.pageCount() <= 0) return std::nullopt;
     AttributedString::Parts parts;
     PdfTextRun last;
+    PageTimes times(timeout, clock);
     for (int page = 0; page < document.pageCount(); ++page) {
+        times.pageBegins();
         const auto styled = styledTextOfPage(document, page);
         if (styled && !styled->text.empty() && !styled->runs.empty()) append(parts, last, *styled);
+        if (times.isOverAfterPage()) break;
     }
     if (!parts.text.empty())
         parts.paragraphRuns.push_back({parts.text.size(), std::make_shared<const halden::ParagraphAttributes>()});

@@ -19,9 +19,10 @@ struct PdfLimits {
     /// Bytes that the engine may hold for the document, its own bytes not counted. What needs more fails.
     std::size_t memory = std::size_t{512} * 1024 * 1024;
     /// The time that opening, and then each call, may take; 0 for no limit. It is looked at whenever the engine asks
-    /// for memory, so that most work ends soon after, but a stretch without any (unpacking long runs of blanks) does
-    /// not.
+    /// for memory or unpacks a block of bytes, so that its work ends soon after.
     double seconds = 0;
+    /// The time from the beginning of opening after which no call gets more than a second; 0 for no limit.
+    double secondsInAll = 0;
 };
 
 /// A page as a picture: 3 bytes a pixel (red, green, blue), rows from the top without gaps.

@@ -22,7 +22,7 @@ public:
 
 /// The name of the module's one entry, a function without arguments that returns a pointer to its PdfEngine. The number
 /// changes whenever PdfEngine, PdfDocument or a type that they pass does.
-inline constexpr const char* kPdfModuleEntry = "quarry_pdf_module_3";
+inline constexpr const char* kPdfModuleEntry = "quarry_pdf_module_4";
 
 struct PdfEngineStatus {
     const PdfEngine* engine = nullptr;  ///< null when the engine is not there

@@ -54,6 +54,7 @@ TEST(PdfProducer, SomeAreNotForTheImporters) {
         {u"Compert", true},
         {u"GPL gHostScript 9.5", false},
         {u"Ghostscrip", true},
+        {u"gho\u017Ftscript", false},
         {u"Mac OS X 10.6.8 Quartz PDFContext", false},
         {u"mac quartz pdfcontext", false},
         {u"Quartz PDFContext", false},
@@ -144,6 +145,17 @@ TEST(PdfTimeout, TheTimeOfAPageCountsTwice) {
     EXPECT_EQ(textUnderClock(-1, {}), u"1\n2\n3\n");
 }
 
+TEST(PdfTimeout, HoldsForRichTextToo) {
+    const TinyPdf pdf = documentWithPages({showing("1"), showing("2"), showing("3")});
+    const auto document = halden::PdfDocument::documentWithData(pdf.data());
+    std::vector<double> times{100, 100, 129, 129, 144.5};
+    std::size_t looks = 0;
+    const auto text = attributedStringOfPdf(*document, 60, [&] { return times.at(looks++); });
+    ASSERT_TRUE(text);
+    EXPECT_EQ(text->string(), u"1\n2");
+    EXPECT_EQ(looks, times.size());
+}
+
 TinyPdf styledDocument() {
     TinyPdf pdf = documentWithPages({"BT /F 10 Tf 10 70 Td 1 0 0 rg (Red) Tj ET", "", showing("Next")});
     pdf.replace(halden::test::kFont,
@@ -154,7 +166,7 @@ TinyPdf styledDocument() {
 TEST(PdfRichText, HasFontsAndColours) {
     const auto document = halden::PdfDocument::documentWithData(styledDocument().data());
     ASSERT_TRUE(document);
-    const auto text = attributedStringOfPdf(*document);
+    const auto text = attributedStringOfPdf(*document, 0, steadySeconds);
     ASSERT_TRUE(text);
     EXPECT_EQ(text->string(), u"Red\nNext");
     const auto& first = text->characterAttributesAt(0);

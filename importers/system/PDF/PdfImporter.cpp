@@ -160,7 +160,8 @@ std::optional<halden::Data> contentsOfFile(const char* path) {
 std::uint8_t importPdf(quarry_importer*, quarry_attributes* dictionary, const char*, const char* path) {
     const auto end = Clock::now() + kMaxTime;
     const auto data = contentsOfFile(path);
-    const halden::PdfLimits limits{.seconds = std::chrono::duration<double>(kMaxTime).count()};
+    const double seconds = std::chrono::duration<double>(kMaxTime).count();
+    const halden::PdfLimits limits{.seconds = seconds, .secondsInAll = seconds};
     const auto document = data ? PdfDocument::documentWithData(*data, limits) : nullptr;
     if (!document) return 0;
     Attributes attributes(dictionary);

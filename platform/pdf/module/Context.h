@@ -13,8 +13,9 @@ namespace halden::pdf {
 /// A context with memory of its own that prints nothing.
 ///
 /// Both limits work through the allocator: beyond them it gives nothing, which the engine reports as an error of the
-/// work it is doing. Memory is the one thing that it asks for wherever it is. What the engine forgets to free, as it
-/// does on some paths through damaged documents, is freed with the context.
+/// work it is doing. Memory is the one thing that it asks for nearly wherever it is; where it only unpacks, its streams
+/// look at the time. What the engine forgets to free, as it does on some paths through damaged documents, is freed with
+/// the context.
 class Context {
 public:
     explicit Context(const PdfLimits& limits);
@@ -25,8 +26,16 @@ public:
     /// Null when there was no memory for one.
     [[nodiscard]] fz_context* get() const noexcept { return context_; }
 
+    /// The one that an engine's context belongs to.
+    [[nodiscard]] static Context& of(fz_context* engine) noexcept {
+        return *static_cast<Context*>(fz_user_context(engine));
+    }
+
     /// Starts the time that is allowed, for the call that begins.
     void beginCall() noexcept;
+
+    /// Whether the call has used up its time. From then on it stays so until the next call begins.
+    [[nodiscard]] bool isOutOfTime() noexcept;
 
     /// Which the engine is to be given when it runs a page, so that it also stops between operations.
     [[nodiscard]] fz_cookie* cookie() noexcept { return &cookie_; }
@@ -61,7 +70,7 @@ private:
     static void* allocate(void* self, std::size_t size);
     static void* reallocate(void* self, void* block, std::size_t size);
     static void release(void* self, void* block);
-    [[nodiscard]] bool isOutOfTime() noexcept;
+    [[nodiscard]] bool isOutOfTimeNowAndThen() noexcept;
     void link(Block* block) noexcept;
     void unlink(const Block* block) noexcept;
 
@@ -69,6 +78,7 @@ private:
     std::size_t used_ = 0;
     Block* blocks_ = nullptr;
     unsigned requests_ = 0;
+    const Clock::time_point start_ = Clock::now();
     Clock::time_point end_;
     fz_cookie cookie_{};
     fz_alloc_context allocator_;

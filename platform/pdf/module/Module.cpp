@@ -17,7 +17,7 @@ public:
 }  // namespace
 }  // namespace halden::pdf
 
-extern "C" __attribute__((visibility("default"))) const halden::PdfEngine* quarry_pdf_module_3() {
+extern "C" __attribute__((visibility("default"))) const halden::PdfEngine* quarry_pdf_module_4() {
     static const halden::pdf::MuPdfEngine engine;
     return &engine;
 }

@@ -68,7 +68,7 @@ TEST(PdfEngine, ModulesOfAnotherVersionAreRefused) {
     fs::copy_file(QUARRY_OTHER_MODULE, folder.path() + "/quarry-pdf.so");
     const PdfEngineStatus status = loadPdfEngine({folder.path()});
     EXPECT_EQ(status.engine, nullptr);
-    EXPECT_EQ(status.reason, folder.path() + "/quarry-pdf.so is of another version: it has no quarry_pdf_module_3");
+    EXPECT_EQ(status.reason, folder.path() + "/quarry-pdf.so is of another version: it has no quarry_pdf_module_4");
 }
 
 // Whoever loads the module must not come to call the engine's own copy of a library.
