@@ -145,6 +145,56 @@ TEST(PdfTimeout, TheTimeOfAPageCountsTwice) {
     EXPECT_EQ(textUnderClock(-1, {}), u"1\n2\n3\n");
 }
 
+TEST(PdfInformation, DamagedPagesAddNothing) {
+    TinyPdf pdf = documentWithPages({showing("One"), showing("Two"), showing("Three")});
+    const int damaged = halden::test::kFirstPage + 2;
+    pdf.replace(damaged, "<< /Type /Page /Contents 8 0 R /Parent " + TinyPdf::reference(damaged) + " >>");
+    const auto plain = informationOfPdf(pdf.data(), {}, nullptr);
+    EXPECT_EQ(valueAt(plain, u"String"), Value(u"One\nThree\n"));
+    EXPECT_EQ(valueAt(plain, u"PageCount"), Value(3));
+    const auto older = informationOfPdf(pdf.data(), {.attributed = true, .foundationVersion = 833.0}, nullptr);
+    const Value rich = valueAt(older, u"String");
+    ASSERT_TRUE(rich.is<Dictionary>());
+    EXPECT_EQ(valueAt(*rich.as<Dictionary>(), u"String"), Value(u"One\nThree"));
+}
+
+/// A document whose second page throws: not the engine's own kind of error, but one of C++.
+class ThrowingDocument final : public halden::PdfDocument {
+public:
+    explicit ThrowingDocument(const Data& data) : document_(documentWithData(data)) {}
+
+    [[nodiscard]] bool isLocked() const noexcept override { return document_->isLocked(); }
+    [[nodiscard]] bool isEncrypted() const noexcept override { return document_->isEncrypted(); }
+    [[nodiscard]] int pageCount() const noexcept override { return document_->pageCount(); }
+    [[nodiscard]] std::string version() override { return document_->version(); }
+    [[nodiscard]] std::optional<halden::Size> mediaBoxOfPage(int page) override {
+        return document_->mediaBoxOfPage(page);
+    }
+    [[nodiscard]] std::optional<halden::Size> shownSizeOfPage(int page) override {
+        return document_->shownSizeOfPage(page);
+    }
+    [[nodiscard]] std::optional<halden::PdfPicture> drawPage(int page, int width, int height) override {
+        return document_->drawPage(page, width, height);
+    }
+    [[nodiscard]] std::optional<std::u16string> textOfPage(int page) override {
+        return page == 1 ? throw std::bad_alloc() : document_->textOfPage(page);
+    }
+    [[nodiscard]] std::optional<halden::PdfStyledText> styledTextOfPage(int page) override {
+        return page == 1 ? throw std::bad_alloc() : document_->styledTextOfPage(page);
+    }
+    [[nodiscard]] Dictionary documentAttributes() override { return document_->documentAttributes(); }
+
+private:
+    std::unique_ptr<PdfDocument> document_;
+};
+
+TEST(PdfInformation, PagesThatThrowAddNothing) {
+    const TinyPdf pdf = documentWithPages({showing("One"), showing("Two"), showing("Three")});
+    ThrowingDocument document(pdf.data());
+    EXPECT_EQ(fixedAndNormalizedString(document), u"One\nThree\n");
+    EXPECT_EQ(attributedStringOfPdf(document, 0, steadySeconds)->string(), u"One\nThree");
+}
+
 TEST(PdfTimeout, HoldsForRichTextToo) {
     const TinyPdf pdf = documentWithPages({showing("1"), showing("2"), showing("3")});
     const auto document = halden::PdfDocument::documentWithData(pdf.data());
