@@ -2,6 +2,7 @@
 
 #include <array>
 #include <chrono>
+#include <cmath>
 #include <cstdint>
 #include <cstdio>
 
@@ -67,9 +68,11 @@ struct NamedZone {
 };
 
 constexpr NamedZone kZones[] = {
-    {"z", 0},    {"ut", 0},   {"utc", 0},  {"gmt", 0},  {"wet", 0},  {"est", -5},  {"edt", -4},  {"cst", -6},
-    {"cdt", -5}, {"mst", -7}, {"mdt", -6}, {"pst", -8}, {"pdt", -7}, {"akst", -9}, {"akdt", -8}, {"hst", -10},
-    {"bst", 1},  {"west", 1}, {"cet", 1},  {"cest", 2}, {"eet", 2},  {"eest", 3},  {"msk", 3},   {"jst", 9},
+    {"z", 0},     {"ut", 0},    {"utc", 0},   {"gmt", 0},  {"wet", 0},  {"est", -5},  {"edt", -4},  {"cst", -6},
+    {"cdt", -5},  {"mst", -7},  {"mdt", -6},  {"pst", -8}, {"pdt", -7}, {"akst", -9}, {"akdt", -8}, {"hst", -10},
+    {"bst", 1},   {"west", 1},  {"cet", 1},   {"cest", 2}, {"eet", 2},  {"eest", 3},  {"msk", 3},   {"jst", 9},
+    {"mez", 1},   {"mesz", 2},  {"sast", 2},  {"sgt", 8},  {"hkt", 8},  {"awst", 8},  {"kst", 9},   {"aest", 10},
+    {"aedt", 11}, {"nzst", 12}, {"nzdt", 13}, {"ast", -4}, {"adt", -3}, {"brt", -3},
 };
 
 std::optional<int> offsetOfZone(const std::string& name) {
@@ -118,11 +121,14 @@ std::optional<double> readSeconds(Cursor& cursor) {
     return seconds;
 }
 
-std::optional<Time> readTime(Cursor& cursor) {
+/// The time of the day, in seconds.
+std::optional<double> readClock(Cursor& cursor, bool mayEndWithHours) {
     const auto hours = cursor.number(cursor.digitsAhead() == 1 ? 1 : 2);
     const bool hasColons = cursor.take(u':');
+    if (!hours || *hours > 24) return std::nullopt;
+    if (mayEndWithHours && !hasColons && cursor.digitsAhead() == 0 && *hours < 24) return *hours * 3600;
     const auto minutes = cursor.number(2);
-    if (!hours || !minutes || *hours > 24 || *minutes > 59) return std::nullopt;
+    if (!minutes || *minutes > 59) return std::nullopt;
     double seconds = 0;
     if (hasColons ? cursor.take(u':') : cursor.digitsAhead() >= 2) {
         const auto read = readSeconds(cursor);
@@ -130,80 +136,125 @@ std::optional<Time> readTime(Cursor& cursor) {
         seconds = *read;
     }
     if (*hours == 24 && (*minutes != 0 || seconds != 0)) return std::nullopt;
-    const auto offset = readZone(cursor);
-    cursor.skipAny(kBlanks);
-    if (!offset) return std::nullopt;
-    return Time{*hours * 3600 + *minutes * 60 + seconds, *offset};
+    return *hours * 3600 + *minutes * 60 + seconds;
 }
 
-std::optional<Date> dateOf(int year, int month, int day, Time time) {
-    const std::chrono::year_month_day date{std::chrono::year(year), std::chrono::month(static_cast<unsigned>(month)),
-                                           std::chrono::day(static_cast<unsigned>(day))};
+std::optional<Time> readTime(Cursor& cursor, bool mayEndWithHours) {
+    const auto seconds = readClock(cursor, mayEndWithHours);
+    const auto offset = seconds ? readZone(cursor) : std::nullopt;
+    if (!offset) return std::nullopt;
+    return Time{*seconds, *offset};
+}
+
+std::optional<Date> dateOf(std::chrono::year_month_day date, Time time) {
     if (!date.ok()) return std::nullopt;
     const auto days = std::chrono::sys_days(date).time_since_epoch().count();
     return Date::fromUnixSeconds(static_cast<double>(days) * 86400 + time.seconds - time.offset);
 }
 
-std::optional<Date> readIso8601(Cursor cursor) {
-    const bool isCompact = cursor.digitsAhead() == 8;
-    const auto year = cursor.number(4);
-    int month = 1;
-    int day = 1;
-    const auto readPart = [&](int& part) {
-        const auto read = cursor.number(2);
-        if (read) part = *read;
-        return read.has_value();
-    };
-    if (isCompact) {
-        if (!readPart(month) || !readPart(day)) return std::nullopt;
-    } else if (cursor.take(u'-')) {
-        if (!readPart(month) || (cursor.take(u'-') && !readPart(day))) return std::nullopt;
-    }
-    Time time;
-    if (cursor.take(u'T') || cursor.take(u't') || (cursor.peek() == u' ' && cursor.peek(1) != u'\0')) {
-        cursor.skipAny(kBlanks);
-        const auto read = readTime(cursor);
-        if (!read) return std::nullopt;
-        time = *read;
-    } else {
-        cursor.skipAny(kBlanks);
-        if (!cursor.atEnd()) return std::nullopt;
-    }
-    return dateOf(*year, month, day, time);
+std::chrono::year_month_day dayOf(int year, int month, int day) {
+    return {std::chrono::year(year), std::chrono::month(static_cast<unsigned>(month)),
+            std::chrono::day(static_cast<unsigned>(day))};
 }
 
-std::optional<int> readMonth(Cursor& cursor) {
+// --- ISO 8601 ------------------------------------------------------------------------------------------------------
+
+/// The day of the year with that number from 1 on; of another year, which is no day, when it has none.
+std::chrono::year_month_day dayOfYear(int year, int number) {
+    const std::chrono::year_month_day day(std::chrono::sys_days(dayOf(year, 1, 1)) + std::chrono::days(number - 1));
+    return day.year() == std::chrono::year(year) ? day : dayOf(year, 0, 0);
+}
+
+/// YYYY, YYYY-MM, YYYY-MM-DD, YYYY-DDD, YYYYMMDD, YYYYDDD.
+std::optional<std::chrono::year_month_day> readIsoDay(Cursor& cursor) {
+    const std::size_t digits = cursor.digitsAhead();
+    const int year = *cursor.number(4);
+    const bool isSplit = digits == 4 && cursor.take(u'-');
+    if (digits == 4 && !isSplit) return dayOf(year, 1, 1);
+    if (cursor.digitsAhead() == 3) return dayOfYear(year, *cursor.number(3));
+    const auto part = [&] { return cursor.number(isSplit && cursor.digitsAhead() == 1 ? 1 : 2); };
+    const auto month = part();
+    if (!month) return std::nullopt;
+    if (isSplit && !cursor.take(u'-')) return dayOf(year, *month, 1);
+    const auto day = part();
+    return day ? std::optional(dayOf(year, *month, *day)) : std::nullopt;
+}
+
+std::optional<Date> readIso8601(Cursor cursor) {
+    const auto day = readIsoDay(cursor);
+    if (!day) return std::nullopt;
+    if (cursor.take(u'T') || cursor.take(u't') || (cursor.peek() == u' ' && cursor.peek(1) != u'\0')) {
+        cursor.skipAny(kBlanks);
+        const auto time = readTime(cursor, true);
+        return time ? dateOf(*day, *time) : std::nullopt;
+    }
+    cursor.skipAny(kBlanks);
+    return cursor.atEnd() ? dateOf(*day, {}) : std::nullopt;
+}
+
+// --- RFC 822 -------------------------------------------------------------------------------------------------------
+
+constexpr std::u16string_view kBetween = u" \t\r\n\u00A0-,";
+
+std::optional<int> monthOfWord(std::string_view name) {
     static constexpr std::string_view kMonths[] = {"january",   "february", "march",    "april",
                                                    "may",       "june",     "july",     "august",
                                                    "september", "october",  "november", "december"};
-    const std::string name = cursor.word();
-    cursor.take(u'.');
     for (std::size_t i = 0; i < std::size(kMonths); ++i) {
         if (name.size() >= 3 && kMonths[i].starts_with(name)) return static_cast<int>(i + 1);
     }
     return name == "sept" ? std::optional(9) : std::nullopt;
 }
 
-std::optional<Date> readRfc822(Cursor cursor) {
-    constexpr std::u16string_view kBetween = u" \t\r\n\u00A0-,";
-    while (!cursor.atEnd() && cursor.digitsAhead() == 0)
-        cursor.skip(1);
-    const auto day = cursor.number(cursor.digitsAhead() == 1 ? 1 : 2);
-    cursor.skipAny(kBetween);
-    const auto month = readMonth(cursor);
-    cursor.skipAny(kBetween);
+/// Up to the first digit; the month, if the last word before it is one.
+std::optional<int> readMonthBeforeDay(Cursor& cursor) {
+    std::optional<int> month;
+    while (!cursor.atEnd() && cursor.digitsAhead() == 0) {
+        const std::string word = cursor.word();
+        if (word.empty()) {
+            cursor.skip(1);
+        } else {
+            month = monthOfWord(word);
+        }
+    }
+    return month;
+}
+
+std::optional<int> readYear(Cursor& cursor) {
     const std::size_t digits = cursor.digitsAhead();
     auto year = cursor.number(digits);
-    if (!day || !month || !year || (digits != 2 && digits != 4)) return std::nullopt;
+    if (!year || (digits != 2 && digits != 4)) return std::nullopt;
     if (digits == 2) *year += *year >= 70 ? 1900 : 2000;
-    cursor.skipAny(u" \t\r\n\u00A0,");
-    Time time;
-    if (!cursor.atEnd()) {
-        const auto read = readTime(cursor);
-        if (!read) return std::nullopt;
-        time = *read;
+    return year;
+}
+
+/// "12:00:00 2016" or "12:00:00 UTC 2016", behind a month and a day.
+std::optional<Date> readTimeAndYear(Cursor cursor, int month, int day) {
+    const auto seconds = readClock(cursor, false);
+    cursor.skipAny(kBlanks);
+    const auto offset = cursor.digitsAhead() > 0 ? std::optional(0) : readZone(cursor);
+    cursor.skipAny(kBlanks);
+    const auto year = readYear(cursor);
+    return seconds && offset && year ? dateOf(dayOf(*year, month, day), {*seconds, *offset}) : std::nullopt;
+}
+
+std::optional<Date> readRfc822(Cursor cursor) {
+    auto month = readMonthBeforeDay(cursor);
+    const auto day = cursor.number(cursor.digitsAhead() == 1 ? 1 : 2);
+    cursor.skipAny(kBetween);
+    if (const std::string word = cursor.word(); !word.empty()) {
+        month = monthOfWord(word);  // what stands before the day is a day's name, "mar." for one
+        cursor.take(u'.');
+        cursor.skipAny(kBetween);
     }
-    return dateOf(*year, *month, *day, time);
+    if (!day || !month) return std::nullopt;
+    if (cursor.digitsAhead() <= 2 && cursor.peek(cursor.digitsAhead()) == u':')
+        return readTimeAndYear(cursor, *month, *day);
+    const auto year = readYear(cursor);
+    if (!year) return std::nullopt;
+    cursor.skipAny(u" \t\r\n\u00A0,");
+    const auto time = cursor.atEnd() ? std::optional(Time()) : readTime(cursor, false);
+    return time ? dateOf(dayOf(*year, *month, *day), *time) : std::nullopt;
 }
 
 }  // namespace
@@ -214,14 +265,13 @@ std::optional<Date> dateFromString(std::u16string_view string) {
     Cursor cursor(string);
     cursor.skipAny(kBlanks);
     const std::size_t digits = cursor.digitsAhead();
-    return digits == 4 || digits == 8 ? readIso8601(cursor) : readRfc822(cursor);
+    return digits == 4 || digits == 7 || digits == 8 ? readIso8601(cursor) : readRfc822(cursor);
 }
 
 std::u16string stringFromDate(Date date) {
     static constexpr std::array<const char*, 12> kMonths{"Jan", "Feb", "Mar", "Apr", "May", "Jun",
                                                          "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
-    const auto seconds =
-        static_cast<std::int64_t>(date.unixSeconds() < 0 ? date.unixSeconds() - 1 : date.unixSeconds());
+    const auto seconds = static_cast<std::int64_t>(std::floor(date.unixSeconds()));
     const std::chrono::sys_seconds time{std::chrono::seconds(seconds)};
     const auto day = std::chrono::floor<std::chrono::days>(time);
     const std::chrono::year_month_day ymd(day);
