@@ -1,5 +1,6 @@
 #include "tools/MarkupInput.h"
 
+#include "documents/PlainText.h"
 #include "foundation/Unicode.h"
 #include "markup/MarkupDecoder.h"
 #include "tools/Output.h"
@@ -10,8 +11,10 @@
 
 #include <array>
 #include <cerrno>
+#include <cstdint>
 #include <cstring>
-#include <string_view>
+#include <span>
+#include <utility>
 
 namespace quarry::tools {
 namespace {
@@ -41,6 +44,15 @@ int readFile(const std::string& file, std::string& bytes) {
     return failure;
 }
 
+/// UTF-16 and UTF-32, which no declaration can be read in before they are decoded.
+std::optional<std::u16string> wideText(const std::string& bytes) {
+    if (bytes.find('\0') == std::string::npos) return std::nullopt;
+    const std::span view(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size());
+    if (!isText(view, false)) return std::nullopt;
+    auto text = plainTextFromBytes(view, halden::kInvalidEncoding);
+    return text ? std::optional(std::move(text->text)) : std::nullopt;
+}
+
 }  // namespace
 
 std::optional<std::u16string> markupOfFile(const std::string& file) {
@@ -49,6 +61,7 @@ std::optional<std::u16string> markupOfFile(const std::string& file) {
         printError(fmt::format("{}: {}", file == "-" ? "standard input" : shownName(file), std::strerror(failure)));
         return std::nullopt;
     }
+    if (auto text = wideText(bytes)) return text;
     const bool isUtf8 = halden::strictUtf16FromUtf8(bytes).has_value();
     return halden::stringWithMarkupData(bytes, isUtf8 ? halden::kNSUTF8StringEncoding : kWindowsLatin1)
         .value_or(std::u16string());

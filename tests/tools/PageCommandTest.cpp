@@ -104,6 +104,26 @@ TEST(FeedCommand, PrintsItems) {
     EXPECT_EQ(fieldOf(*item, u"calendarDate"), "\"2024-02-01T10:00:00Z\"");
 }
 
+TEST(FeedCommand, ReadsUtf16) {
+    const Surroundings surroundings;
+    constexpr std::u16string_view kText = u"<rss><item><title>caf\u00E9 \u6F22</title></item></rss>";
+    const auto bytesOf = [](std::u16string_view text, bool isLittle) {
+        std::string bytes;
+        for (const char16_t unit : text) {
+            const char parts[] = {static_cast<char>(unit & 0xFF), static_cast<char>(unit >> 8)};
+            bytes += {parts[isLittle ? 0 : 1], parts[isLittle ? 1 : 0]};
+        }
+        return bytes;
+    };
+    for (const bool isLittle : {true, false}) {
+        for (const std::u16string_view mark : {u"\uFEFF", u""}) {
+            const std::string bytes = bytesOf(std::u16string(mark) + std::u16string(kText), isLittle);
+            const Outcome outcome = surroundings.run({"feed", "-"}, bytes);
+            EXPECT_NE(outcome.out.find("\"caf\xC3\xA9 \xE6\xBC\xA2\""), std::string::npos) << outcome.out;
+        }
+    }
+}
+
 TEST(FeedCommand, PrintsAPage) {
     const Surroundings surroundings;
     surroundings.write("feed.rss", kFeed);
