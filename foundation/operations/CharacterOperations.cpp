@@ -1,5 +1,6 @@
 #include "foundation/CharacterComparison.h"
 #include "foundation/Characters.h"
+#include "foundation/FilteredComparison.h"
 #include "foundation/operations/NamedArguments.h"
 #include "foundation/operations/Operations.h"
 
@@ -73,6 +74,15 @@ std::optional<std::size_t> position(const Data& needle, std::u16string_view hays
                                 caseSensitive ? CaseSensitivity::sensitive : CaseSensitivity::insensitive);
 }
 
+std::size_t wordsOf(std::optional<std::u16string_view> units) {
+    return numberOfWordsOfCharacters(units.value_or(u""));
+}
+
+template <bool (*test)(std::u16string_view, std::u16string_view, const CharacterBitmap&)>
+bool testBySet(std::u16string_view string, std::u16string_view other, std::u16string_view set) {
+    return test(string, other, *setNamed(set, 2));
+}
+
 constexpr auto kOperations = std::to_array<Operation>({
     function<bytesOf<emptyCharacterSetRep>>("emptyCharacterSetRep", ""),
     function<bytesOf<spaceCharacterSetRep>>("spaceCharacterSetRep", ""),
@@ -99,6 +109,11 @@ constexpr auto kOperations = std::to_array<Operation>({
     function<umlautsToLowerAscii>("umlautsToLowerAscii", "unit"),
     function<partOfSet>("characterPartOfSet", "string set"),
     function<onlyWhite>("onlyWhiteCharacters:length:", "string"),
+    function<wordsOf>("numberOfWordsOfCharacters:length:", "string"),
+    function<testBySet<equalStringsNoCaseUsingCharacterSetRep>>("equalStringsNoCaseUsingCharacterSetRep",
+                                                                "string other set"),
+    function<testBySet<hasPrefixNoCaseUsingCharacterSetRep>>("hasPrefixNoCaseUsingCharacterSetRep",
+                                                             "string prefix set"),
     function<compareThroughTable>("fastCompareUnicharsUsingConversionTable", "first second table"),
     function<fastCompareUnichars>("fastCompareUnichars", "first second"),
     function<compareWithBytes<fastCompareUnicharsWithChars>>("fastCompareUnicharsWithChars", "first second"),

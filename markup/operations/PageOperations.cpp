@@ -55,13 +55,19 @@ Dictionary linksContaining(std::u16string_view html, std::optional<std::u16strin
 }
 
 /// With the handler's name; the only one that can be named is ContainingHandler, whose context is the string.
-Dictionary linksWithHandler(std::u16string_view html, std::optional<std::u16string_view> handler,
-                            std::optional<std::u16string_view> context) {
+Dictionary linksMatching(std::u16string_view html, std::optional<std::u16string_view> handler,
+                         std::optional<std::u16string_view> context, bool useRelNoFollow) {
     if (handler && *handler != u"ContainingHandler") throw ArgumentError("argument 2 names no handler");
     const std::u16string_view string = context.value_or(u"");
     MaybeUrl base;
-    Strings found = htmlLinksBaseURL(html, &base, handler ? ContainingHandler : nullptr, &string);
+    Strings found = htmlLinksMatching(html, handler ? ContainingHandler : nullptr, &string,
+                                      useRelNoFollow ? RelNoFollow::heed : RelNoFollow::ignore, &base);
     return withBase(std::move(found), base);
+}
+
+Dictionary linksWithHandler(std::u16string_view html, std::optional<std::u16string_view> handler,
+                            std::optional<std::u16string_view> context) {
+    return linksMatching(html, handler, context, false);
 }
 
 // --- Frames --------------------------------------------------------------------------------------------------------
@@ -100,6 +106,10 @@ Dictionary framesAndAll(std::u16string_view html) {
     return {{u"result", arrayOf(std::move(found))}, {u"set", Value(set)},           {u"baseURL", valueOf(base)},
             {u"favIcon", valueOf(favIcon)},         {u"title", valueOf(title)},     {u"refresh", valueOf(refresh)},
             {u"robots", valueOf(robots)},           {u"revisit", valueOf(revisit)}, {u"isFeed", Value(isFeed)}};
+}
+
+Dictionary frames(std::u16string_view html, bool includeLinks) {
+    return includeLinks ? framesAndAll<FrameLinks::include>(html) : framesAndAll<FrameLinks::exclude>(html);
 }
 
 Strings sortedImages(std::u16string_view html) {
@@ -174,6 +184,8 @@ constexpr auto kOperations = std::to_array<Operation>({
     method<framesSetAndBase<FrameLinks::include>>("htmlLinksAndFramesSet:baseURL:", "string"),
     method<framesAndAll<FrameLinks::include>>(
         "htmlLinksAndFramesSet:baseURL:favIcon:title:refresh:robots:revisit:isFeed:", "string"),
+    function<linksMatching>("htmlLinksMatching", "document matchFunction matchContext useRelNoFollow"),
+    function<frames>("getHtmlFrames", "document includeLinks"),
     method<htmlFavIcon>("htmlFavIcon", "string"),
     method<sortedImages>("htmlImages", "string"),
     method<sortedSheets>("htmlStylesheetsAndScripts", "string"),

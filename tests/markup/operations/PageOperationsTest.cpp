@@ -25,6 +25,12 @@ TEST(PageOperations, HaveTheirShapes) {
         {"htmlFramesSet:baseURL:favIcon:title:refresh:robots:revisit:isFeed:", R"("<rss>")",
          R"({"result": [], "set": false, "baseURL": null, "favIcon": null, "title": null, "refresh": null, "robots": "", )"
          R"("revisit": null, "isFeed": true})"},
+        {"htmlLinksMatching", R"("<a href=b rel=nofollow>next</a><a href=c>next</a>", "ContainingHandler", "ex", true)",
+         R"({"result": ["c"], "baseURL": null})"},
+        {"htmlLinksMatching", R"("<a href=b>", "OtherHandler", "ex", true)", "error: argument 2 names no handler"},
+        {"getHtmlFrames", R"("<frame src=b><a href=a>", true)",
+         R"({"result": ["a", "b"], "set": false, "baseURL": null, "favIcon": null, "title": null, "refresh": null, )"
+         R"("robots": "", "revisit": null, "isFeed": false})"},
         {"htmlImages", R"("<img src=b><img src=a>")", R"(["a", "b"])"},
         {"htmlMetaKeywords:description:title:indexTitle:", R"("<title>t</title>")",
          R"({"keywords": null, "description": null, "title": "t", "indexTitle": null})"},
