@@ -112,8 +112,11 @@ void RtfParser::cutBody(std::size_t length) {
     content_.text.resize(length);
     while (!content_.attachments.empty() && content_.attachments.back().position >= length)
         content_.attachments.pop_back();
-    for (auto run = content_.runs.rbegin(); run != content_.runs.rend() && run->end > length; ++run)
-        run->end = static_cast<std::uint32_t>(length);
+    // The run that holds the text before is open again; those that begin at `length` or later never were.
+    std::vector<RtfRun>& runs = content_.runs;
+    while (runs.size() > 1 && runs[runs.size() - 2].end >= length)
+        runs.pop_back();
+    if (length == 0) runs.clear();
 }
 
 void RtfParser::endParagraph(char16_t separator, std::int32_t level) {

@@ -40,7 +40,7 @@ public:
     [[nodiscard]] std::u16string nameOf(const FileNode& file) {
         const auto [last, isNew] = lastOfName_.try_emplace(file.name);
         if (!isNew && isSameFile(*last->second.file, file)) return last->second.name;
-        const std::u16string name = names_.nameFor(file.name);
+        std::u16string name = names_.nameFor(file.name);
         files_.push_back(withFileNames(file, name, 1));
         last->second = {.file = &file, .name = name};
         return name;

@@ -61,6 +61,20 @@ TEST(RtfListMarkers, OfWhiteSpaceAndOfParagraphsThatNeverWereAreNone) {
     EXPECT_EQ(testing::characterAt(content, 1).underline, RtfUnderline::single);
 }
 
+TEST(RtfListMarkers, ThatAreTakenBackLeaveNoRuns) {
+    for (const std::string_view rtf :
+         {"{\\listtext\\i\\tab\\b\\tab}\\ul b", "{\\b a}{\\listtext\\i\\tab\\b\\tab}\\b b", "{\\listtext\\tab}",
+          "x\\par{\\listtext\\i 1\\b 2}{\\pntext\\i *}{\\listtext\\ul *}a"}) {
+        const RtfContent content = testing::contentOf(rtf);
+        std::size_t end = 0;
+        for (const RtfRun& run : content.runs) {
+            EXPECT_GT(run.end, end) << rtf;
+            end = run.end;
+        }
+        EXPECT_EQ(end, content.text.size()) << rtf;
+    }
+}
+
 TEST(RtfListMarkers, StandBeforeParagraphsThatHaveNone) {
     constexpr std::string_view kLists =
         "{\\*\\listtable{\\list{\\listlevel\\levelnfc0{\\leveltext\\'02\\'00.;}}{\\listlevel\\levelnfc4"
