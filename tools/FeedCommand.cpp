@@ -27,11 +27,21 @@ bool useStyleSheet(const std::string& file) {
     return true;
 }
 
-std::string jsonOfItems(std::vector<halden::Dictionary> items) {
-    halden::Array array;
-    for (halden::Dictionary& item : items)
-        array.emplace_back(std::move(item));
-    return halden::jsonFromValue(halden::Value(std::move(array)), {.indent = 2}) + "\n";
+/// As an array, one item after the other: there may be a million.
+void printItems(std::vector<halden::Dictionary> items) {
+    constexpr std::size_t kPortion = 65536;
+    std::string lines;
+    for (halden::Dictionary& item : items) {
+        lines += &item == &items.front() ? "[\n  " : ",\n  ";
+        for (const char unit : halden::jsonFromValue(halden::Value(std::move(item)), {.indent = 2})) {
+            lines += unit;
+            if (unit == '\n') lines += "  ";
+        }
+        if (lines.size() < kPortion) continue;
+        print(lines);
+        lines.clear();
+    }
+    print(lines + (items.empty() ? "[]\n" : "\n]\n"));
 }
 
 }  // namespace
@@ -51,7 +61,9 @@ Status feedCommand(const Invocation& invocation) {
             halden::stringByConvertingFeedToDisplayHTML(*std::move(feed), url, halden::StyleSheet::inlined);
         print(halden::utf8FromUtf16(page) + "\n");
     } else {
-        print(jsonOfItems(halden::getItemsOfFeed(*feed, url)));
+        std::vector<halden::Dictionary> items = halden::getItemsOfFeed(*feed, url);
+        feed.reset();
+        printItems(std::move(items));
     }
     return Status::result;
 }
