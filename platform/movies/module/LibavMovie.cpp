@@ -1,8 +1,10 @@
 #include "platform/movies/module/LibavMovie.h"
 
+#include "platform/movies/module/PosterTime.h"
+
 extern "C" {
-#include <libavutil/display.h>
 #include <libavutil/imgutils.h>
+#include <libavutil/pixdesc.h>
 #include <libswscale/swscale.h>
 }
 
@@ -17,10 +19,19 @@ using namespace std::chrono_literals;
 
 constexpr auto kLongest = 10s;
 constexpr std::int64_t kMostPixels = std::int64_t{1} << 26;
+constexpr int kReadBytes = 64 << 10;
+constexpr int kMostStreams = 100;
 constexpr std::int64_t kProbeBytes = 8 << 20;
 constexpr std::int64_t kProbeMicroseconds = 5'000'000;
 // Where the search for a picture that is not blank ends.
 constexpr int kMostBlankFrames = 300;
+// Packets among which a key frame is looked for.
+constexpr int kMostPackets = 2000;
+
+// The containers that movies and sound come in; none that is a list of other files, and none of still pictures.
+constexpr const char* kFormats =
+    "mov,matroska,avi,mpeg,mpegts,mpegvideo,m4v,h264,hevc,asf,flv,ogg,dv,mp3,aac,ac3,eac3,wav,w64,aiff,flac,caf,amr,"
+    "amrnb,amrwb,au,ape,wv,tta,mpc,mpc8,dsf,dts,rm,swf,flic,nut,gxf,mxf,ivf,yuv4mpegpipe,gsm,voc,wtv,nsv";
 
 struct FreeScaler {
     void operator()(SwsContext* context) const noexcept { sws_freeContext(context); }
@@ -30,14 +41,36 @@ bool isAttached(const AVStream& stream) noexcept {
     return (stream.disposition & AV_DISPOSITION_ATTACHED_PIC) != 0;
 }
 
-/// Quarter turns clockwise in which the pictures are to be shown, 0 to 3.
-int quarterTurns(const AVStream& stream) noexcept {
+bool isMovingPicture(const AVStream& stream) noexcept {
+    const AVCodecParameters& parameters = *stream.codecpar;
+    return parameters.codec_type == AVMEDIA_TYPE_VIDEO && !isAttached(stream) && parameters.width > 0 &&
+           parameters.height > 0 &&
+           av_image_check_size2(static_cast<unsigned>(parameters.width), static_cast<unsigned>(parameters.height),
+                                kMostPixels, AV_PIX_FMT_NONE, 0, nullptr) >= 0;
+}
+
+/// How a picture is laid on the screen: its rows may become columns, and both may run backward.
+struct Placement {
+    bool isTransposed = false;
+    bool isMirroredX = false;  // of the picture as it is shown
+    bool isMirroredY = false;
+};
+
+Placement placementOf(const AVStream& stream) noexcept {
+    constexpr int kEntries = 9;
+    std::size_t length = 0;
     const auto* matrix =
-        reinterpret_cast<const std::int32_t*>(av_stream_get_side_data(&stream, AV_PKT_DATA_DISPLAYMATRIX, nullptr));
-    if (matrix == nullptr) return 0;
-    const double degrees = av_display_rotation_get(matrix);  // counterclockwise
-    if (std::isnan(degrees)) return 0;
-    return (static_cast<int>(std::lround(-degrees / 90)) % 4 + 4) % 4;
+        reinterpret_cast<const std::int32_t*>(av_stream_get_side_data(&stream, AV_PKT_DATA_DISPLAYMATRIX, &length));
+    if (matrix == nullptr || length < kEntries * sizeof(std::int32_t)) return {};
+    // The place on the screen is (a x + c y, b x + d y). What is turned by less than a right angle is shown upright.
+    const std::int64_t a = matrix[0];
+    const std::int64_t b = matrix[1];
+    const std::int64_t c = matrix[3];
+    const std::int64_t d = matrix[4];
+    const bool isTransposed = std::abs(b) + std::abs(c) > std::abs(a) + std::abs(d);
+    return {.isTransposed = isTransposed,
+            .isMirroredX = (isTransposed ? c : a) < 0,
+            .isMirroredY = (isTransposed ? b : d) < 0};
 }
 
 /// In square pixels, before it is turned.
@@ -54,23 +87,24 @@ AVRational aspectOf(const AVStream& stream, AVRational ofFrame) noexcept {
     return stream.codecpar->sample_aspect_ratio;
 }
 
-Bitmap turned(const Bitmap& bitmap, int turns) {
-    if (turns == 0) return bitmap;
+Bitmap placed(Bitmap bitmap, Placement placement) {
+    if (!placement.isTransposed && !placement.isMirroredX && !placement.isMirroredY) return bitmap;
     Bitmap result;
     result.channels = bitmap.channels;
-    result.width = turns == 2 ? bitmap.width : bitmap.height;
-    result.height = turns == 2 ? bitmap.height : bitmap.width;
+    result.width = placement.isTransposed ? bitmap.height : bitmap.width;
+    result.height = placement.isTransposed ? bitmap.width : bitmap.height;
     result.pixels.resize(bitmap.pixels.size());
     const auto step = static_cast<std::size_t>(bitmap.channels);
+    std::uint8_t* to = result.pixels.data();
     for (int y = 0; y < result.height; ++y) {
+        const int row = placement.isMirroredY ? result.height - 1 - y : y;
         for (int x = 0; x < result.width; ++x) {
-            const int fromX = turns == 1 ? y : turns == 2 ? bitmap.width - 1 - x : bitmap.width - 1 - y;
-            const int fromY = turns == 1 ? bitmap.height - 1 - x : turns == 2 ? bitmap.height - 1 - y : x;
+            const int column = placement.isMirroredX ? result.width - 1 - x : x;
+            const int fromX = placement.isTransposed ? row : column;
+            const int fromY = placement.isTransposed ? column : row;
             const std::uint8_t* from = bitmap.pixels.data() + static_cast<std::size_t>(fromY) * bitmap.rowLength() +
                                        static_cast<std::size_t>(fromX) * step;
-            std::copy_n(from, step,
-                        result.pixels.data() + static_cast<std::size_t>(y) * result.rowLength() +
-                            static_cast<std::size_t>(x) * step);
+            to = std::copy_n(from, step, to);
         }
     }
     return result;
@@ -94,6 +128,26 @@ bool isBlank(const Bitmap& bitmap) noexcept {
     return std::sqrt(std::max(0.0, squares / static_cast<double>(count) - mean * mean)) < kLeastDeviation;
 }
 
+/// No decoder that asks the machine's hardware.
+const AVCodec* softwareDecoder(AVCodecID id) noexcept {
+    constexpr int kHardware = AV_CODEC_CAP_HARDWARE | AV_CODEC_CAP_HYBRID;
+    const AVCodec* const usual = avcodec_find_decoder(id);
+    if (usual == nullptr || (usual->capabilities & kHardware) == 0) return usual;
+    void* state = nullptr;
+    while (const AVCodec* codec = av_codec_iterate(&state)) {
+        if (codec->id == id && av_codec_is_decoder(codec) != 0 && (codec->capabilities & kHardware) == 0) return codec;
+    }
+    return nullptr;
+}
+
+AVPixelFormat softwareFormat(AVCodecContext*, const AVPixelFormat* formats) {
+    for (; *formats != AV_PIX_FMT_NONE; ++formats) {
+        const AVPixFmtDescriptor* const description = av_pix_fmt_desc_get(*formats);
+        if (description != nullptr && (description->flags & AV_PIX_FMT_FLAG_HWACCEL) == 0) return *formats;
+    }
+    return AV_PIX_FMT_NONE;
+}
+
 }  // namespace
 
 int LibavMovie::isLate(void* movie) noexcept {
@@ -104,27 +158,59 @@ void LibavMovie::startClock() noexcept {
     end_ = std::chrono::steady_clock::now() + kLongest;
 }
 
-std::unique_ptr<LibavMovie> LibavMovie::open(const std::string& path) {
+int LibavMovie::read(void* movie, std::uint8_t* buffer, int size) {
+    auto& self = *static_cast<LibavMovie*>(movie);
+    if (isLate(movie) != 0) return AVERROR_EXIT;
+    const std::size_t count = self.bytes_->read(self.position_, std::span(buffer, static_cast<std::size_t>(size)));
+    self.position_ += static_cast<std::int64_t>(count);
+    return count > 0 ? static_cast<int>(count) : AVERROR_EOF;
+}
+
+std::int64_t LibavMovie::seek(void* movie, std::int64_t offset, int whence) {
+    auto& self = *static_cast<LibavMovie*>(movie);
+    const std::int64_t length = self.bytes_->length();
+    if (whence == AVSEEK_SIZE) return length;
+    const int from = whence & ~AVSEEK_FORCE;
+    const std::int64_t base = from == SEEK_CUR ? self.position_ : from == SEEK_END ? length : 0;
+    std::int64_t position = 0;
+    if (__builtin_add_overflow(base, offset, &position) || position < 0) return AVERROR(EINVAL);
+    return self.position_ = position;
+}
+
+std::unique_ptr<LibavMovie> LibavMovie::open(std::unique_ptr<MovieBytes> bytes, const std::string& name) {
     std::unique_ptr<LibavMovie> movie(new LibavMovie);
+    movie->bytes_ = std::move(bytes);
     movie->startClock();
+    if (!movie->openFormat(name)) return nullptr;
+    movie->chooseStream();
+    const AVFormatContext& format = *movie->format_;
+    const bool hasSound = std::any_of(format.streams, format.streams + format.nb_streams, [](const AVStream* stream) {
+        return stream->codecpar->codec_type == AVMEDIA_TYPE_AUDIO;
+    });
+    return movie->stream_ != nullptr || hasSound ? std::move(movie) : nullptr;
+}
+
+bool LibavMovie::openFormat(const std::string& name) {
+    auto* const buffer = static_cast<std::uint8_t*>(av_malloc(kReadBytes));
+    if (buffer == nullptr) return false;
+    reader_.reset(avio_alloc_context(buffer, kReadBytes, 0, this, &LibavMovie::read, nullptr, &LibavMovie::seek));
     AVFormatContext* format = avformat_alloc_context();
-    if (format == nullptr) return nullptr;
-    format->interrupt_callback = {&LibavMovie::isLate, movie.get()};
+    if (!reader_ || format == nullptr) return false;
+    format->pb = reader_.get();
+    format->interrupt_callback = {&LibavMovie::isLate, this};
     format->probesize = kProbeBytes;
     format->max_analyze_duration = kProbeMicroseconds;
+    format->max_streams = kMostStreams;
     // Lists of addresses, and files that name others, are not followed.
+    format->io_open = [](AVFormatContext*, AVIOContext**, const char*, int, AVDictionary**) { return AVERROR(EACCES); };
     AVDictionary* options = nullptr;
-    av_dict_set(&options, "protocol_whitelist", "file", 0);
-    av_dict_set(&options, "format_blacklist", "", 0);
-    const int error = avformat_open_input(&format, ("file:" + path).c_str(), nullptr, &options);
+    av_dict_set(&options, "protocol_whitelist", "none", 0);
+    av_dict_set(&options, "format_whitelist", kFormats, 0);
+    const int error = avformat_open_input(&format, name.c_str(), nullptr, &options);
     av_dict_free(&options);
-    if (error < 0) return nullptr;  // the context is freed
-    movie->format_.reset(format);
-    movie->chooseStream();
-    const bool hasSound =
-        std::any_of(format->streams, format->streams + format->nb_streams,
-                    [](const AVStream* stream) { return stream->codecpar->codec_type == AVMEDIA_TYPE_AUDIO; });
-    return movie->stream_ != nullptr || hasSound ? std::move(movie) : nullptr;
+    if (error < 0) return false;  // the context is freed
+    format_.reset(format);
+    return true;
 }
 
 /// Looks into the streams only when their headers leave something out: that takes its time.
@@ -137,15 +223,13 @@ void LibavMovie::chooseStream() {
         isIncomplete = isIncomplete || (isVideo && (parameters.width <= 0 || parameters.extradata_size == 0));
     }
     if (isIncomplete) avformat_find_stream_info(format, nullptr);
-    for (unsigned i = 0; i < format->nb_streams && stream_ == nullptr; ++i) {
+    bool isStreamEnabled = false;
+    for (unsigned i = 0; i < format->nb_streams; ++i) {
         AVStream& stream = *format->streams[i];
-        const AVCodecParameters& parameters = *stream.codecpar;
-        const bool isPicture = parameters.codec_type == AVMEDIA_TYPE_VIDEO && parameters.width > 0 &&
-                               parameters.height > 0 && !isAttached(stream);
-        if (isPicture &&
-            av_image_check_size2(static_cast<unsigned>(parameters.width), static_cast<unsigned>(parameters.height),
-                                 kMostPixels, AV_PIX_FMT_NONE, 0, nullptr) >= 0) {
+        const bool isEnabled = (stream.disposition & AV_DISPOSITION_DEFAULT) != 0;
+        if (isMovingPicture(stream) && (stream_ == nullptr || (isEnabled && !isStreamEnabled))) {
             stream_ = &stream;
+            isStreamEnabled = isEnabled;
         }
     }
     for (unsigned i = 0; i < format->nb_streams; ++i) {
@@ -165,64 +249,90 @@ std::optional<MovieTime> LibavMovie::duration() const {
 std::optional<Size> LibavMovie::naturalSize() const {
     if (stream_ == nullptr) return std::nullopt;
     const PixelSize size = shownSize(stream_->codecpar->width, stream_->codecpar->height, aspectOf(*stream_, {0, 0}));
-    const bool isOnItsSide = quarterTurns(*stream_) % 2 != 0;
-    return isOnItsSide ? Size{static_cast<double>(size.height), static_cast<double>(size.width)}
-                       : Size{static_cast<double>(size.width), static_cast<double>(size.height)};
+    return placementOf(*stream_).isTransposed ? Size{static_cast<double>(size.height), static_cast<double>(size.width)}
+                                              : Size{static_cast<double>(size.width), static_cast<double>(size.height)};
+}
+
+std::int64_t LibavMovie::firstTime() const noexcept {
+    return stream_->start_time == AV_NOPTS_VALUE ? 0 : stream_->start_time;
 }
 
 CodecOwner LibavMovie::decoderOf(const AVStream& stream) const {
-    const AVCodec* decoder = avcodec_find_decoder(stream.codecpar->codec_id);
+    const AVCodec* const decoder = softwareDecoder(stream.codecpar->codec_id);
     if (decoder == nullptr) return nullptr;
     CodecOwner codec(avcodec_alloc_context3(decoder));
     if (!codec || avcodec_parameters_to_context(codec.get(), stream.codecpar) < 0) return nullptr;
     codec->pkt_timebase = stream.time_base;
     codec->thread_count = 1;
     codec->max_pixels = kMostPixels;
+    codec->get_format = &softwareFormat;
     return avcodec_open2(codec.get(), decoder, nullptr) >= 0 ? std::move(codec) : nullptr;
 }
 
-void LibavMovie::decodeFrom(std::int64_t start, std::int64_t needed, const std::function<bool(FrameOwner&)>& take) {
-    const CodecOwner codec = decoderOf(*stream_);
-    const PacketOwner packet(av_packet_alloc());
-    if (!codec || !packet) return;
-    if (av_seek_frame(format_.get(), stream_->index, start, AVSEEK_FLAG_BACKWARD) < 0) {
-        av_seek_frame(format_.get(), -1, 0, AVSEEK_FLAG_BACKWARD);
-    }
-    bool isAtEnd = false;
+bool LibavMovie::readNext(AVPacket& packet) {
     while (isLate(this) == 0) {
-        if (!isAtEnd && av_read_frame(format_.get(), packet.get()) < 0) {
-            isAtEnd = true;
-            avcodec_send_packet(codec.get(), nullptr);
+        av_packet_unref(&packet);
+        if (av_read_frame(format_.get(), &packet) < 0) return false;
+        if (packet.stream_index == stream_->index && packet.size > 0) return true;
+    }
+    return false;
+}
+
+bool LibavMovie::readKeyFrame(AVPacket& packet) {
+    for (int i = 0; i < kMostPackets && readNext(packet); ++i) {
+        if ((packet.flags & AV_PKT_FLAG_KEY) != 0) return true;
+    }
+    av_packet_unref(&packet);
+    return false;
+}
+
+void LibavMovie::goToKeyFrame(std::int64_t time, AVPacket& packet) {
+    const std::int64_t first = firstTime();
+    const std::int64_t second = std::max<std::int64_t>(1, av_rescale_q(1, AVRational{1, 1}, stream_->time_base));
+    // Containers look for the time at which a frame is decoded, which is earlier than the one at which it is shown, and
+    // some do not know which frames are key frames: if the one that is found comes too late, farther back.
+    std::int64_t target = time;
+    for (std::int64_t step = second; target > first && isLate(this) == 0; step *= 2) {
+        if (av_seek_frame(format_.get(), stream_->index, target, AVSEEK_FLAG_BACKWARD) >= 0 && readKeyFrame(packet)) {
+            const std::int64_t shown = packet.pts != AV_NOPTS_VALUE ? packet.pts : packet.dts;
+            if (shown == AV_NOPTS_VALUE || shown <= time) return;
         }
-        if (!isAtEnd) {
-            if (packet->stream_index == stream_->index) {
-                // What nothing else is made of need not be decoded before the time; the frame before it may be shown.
-                const bool isBefore = packet->pts != AV_NOPTS_VALUE &&
-                                      packet->pts + 2 * std::max<std::int64_t>(packet->duration, 1) < needed;
-                codec->skip_frame = isBefore ? AVDISCARD_NONREF : AVDISCARD_DEFAULT;
-                avcodec_send_packet(codec.get(), packet.get());
-            }
-            av_packet_unref(packet.get());
-        }
-        while (true) {
-            FrameOwner frame(av_frame_alloc());
-            if (!frame) return;
-            const int result = avcodec_receive_frame(codec.get(), frame.get());
-            if (result == AVERROR_EOF || (isAtEnd && result < 0)) return;
-            if (result < 0) break;
-            if (take(frame)) return;
-        }
+        target = time - first > step ? time - step : first;
+    }
+    av_packet_unref(&packet);
+    if (av_seek_frame(format_.get(), stream_->index, first, AVSEEK_FLAG_BACKWARD) < 0) {
+        av_seek_frame(format_.get(), -1, 0, AVSEEK_FLAG_BACKWARD | AVSEEK_FLAG_ANY);
     }
 }
 
-std::optional<Bitmap> LibavMovie::frameAtTime(double seconds) {
-    if (stream_ == nullptr) return std::nullopt;
+void LibavMovie::decodeFrom(std::int64_t time, const std::function<bool(FrameOwner&)>& take) {
+    const CodecOwner codec = decoderOf(*stream_);
+    const PacketOwner packet(av_packet_alloc());
+    FrameOwner frame(av_frame_alloc());
+    if (!codec || !packet || !frame) return;
+    goToKeyFrame(time, *packet);
+    bool isAtEnd = false;
+    while (isLate(this) == 0) {
+        if (packet->size == 0 && !readNext(*packet)) isAtEnd = true;
+        // What nothing else is made of need not be decoded before the time; the frame before it may be shown.
+        const bool isBefore =
+            packet->pts != AV_NOPTS_VALUE && packet->pts + 2 * std::max<std::int64_t>(packet->duration, 1) < time;
+        codec->skip_frame = isBefore ? AVDISCARD_NONREF : AVDISCARD_DEFAULT;
+        avcodec_send_packet(codec.get(), isAtEnd ? nullptr : packet.get());
+        av_packet_unref(packet.get());
+        while (avcodec_receive_frame(codec.get(), frame.get()) >= 0) {
+            if (take(frame)) return;
+            if (!frame) frame.reset(av_frame_alloc());
+            if (!frame || isLate(this) != 0) return;
+        }
+        if (isAtEnd) return;
+    }
+}
+
+std::optional<Bitmap> LibavMovie::frameAt(std::int64_t time) {
     startClock();
-    const std::int64_t first = stream_->start_time == AV_NOPTS_VALUE ? 0 : stream_->start_time;
-    const std::int64_t time =
-        first + av_rescale_q(static_cast<std::int64_t>(seconds * AV_TIME_BASE), AV_TIME_BASE_Q, stream_->time_base);
     FrameOwner shown;
-    decodeFrom(time, time, [&](FrameOwner& frame) {
+    decodeFrom(time, [&](FrameOwner& frame) {
         const std::int64_t stamp = frame->best_effort_timestamp;
         if (stamp != AV_NOPTS_VALUE && stamp > time && shown) return true;  // the one before is shown then
         shown = std::move(frame);
@@ -232,14 +342,30 @@ std::optional<Bitmap> LibavMovie::frameAtTime(double seconds) {
     return shown ? bitmapOf(*shown, *stream_) : std::nullopt;
 }
 
+std::optional<Bitmap> LibavMovie::frameAtTime(double seconds) {
+    constexpr double kLatest = 1e9;
+    if (stream_ == nullptr) return std::nullopt;
+    const double microseconds = std::clamp(seconds, 0.0, kLatest) * AV_TIME_BASE;
+    return frameAt(firstTime() +
+                   av_rescale_q(static_cast<std::int64_t>(microseconds), AV_TIME_BASE_Q, stream_->time_base));
+}
+
 std::optional<Bitmap> LibavMovie::posterImage() {
     startClock();
     if (auto picture = attachedPicture()) return picture;
     if (stream_ == nullptr) return std::nullopt;
+    if (const auto chosen = posterTimeOf(*bytes_)) {
+        if (auto picture = frameAtTime(*chosen)) return picture;
+    }
+    return firstPictureNotBlank();
+}
+
+std::optional<Bitmap> LibavMovie::firstPictureNotBlank() {
+    startClock();
     std::optional<Bitmap> firstPicture;
     std::optional<Bitmap> poster;
     int count = 0;
-    decodeFrom(stream_->start_time == AV_NOPTS_VALUE ? 0 : stream_->start_time, 0, [&](FrameOwner& frame) {
+    decodeFrom(firstTime(), [&](FrameOwner& frame) {
         auto bitmap = bitmapOf(*frame, *stream_);
         if (bitmap && !isBlank(*bitmap)) poster = std::move(bitmap);
         if (!poster && !firstPicture) firstPicture = std::move(bitmap);
@@ -269,8 +395,13 @@ std::optional<Bitmap> LibavMovie::bitmapOf(const AVFrame& frame, const AVStream&
     }
     const std::unique_ptr<SwsContext, FreeScaler> scaler(
         sws_getContext(frame.width, frame.height, static_cast<AVPixelFormat>(frame.format), size.width, size.height,
-                       AV_PIX_FMT_RGB24, SWS_BILINEAR, nullptr, nullptr, nullptr));
+                       AV_PIX_FMT_RGB24, SWS_BICUBIC, nullptr, nullptr, nullptr));
     if (!scaler) return std::nullopt;
+    // As the frame says of itself; the target is full RGB.
+    const int* const colours = sws_getCoefficients(frame.colorspace);
+    constexpr int kOne = 1 << 16;
+    sws_setColorspaceDetails(scaler.get(), colours, frame.color_range == AVCOL_RANGE_JPEG ? 1 : 0, colours, 1, 0, kOne,
+                             kOne);
     Bitmap bitmap{.width = size.width, .height = size.height, .channels = 3, .pixels = {}};
     // The scaler may write a little beyond the last row.
     constexpr std::size_t kSlack = 64;
@@ -280,7 +411,7 @@ std::optional<Bitmap> LibavMovie::bitmapOf(const AVFrame& frame, const AVStream&
     const int strides[4] = {static_cast<int>(bitmap.rowLength()), 0, 0, 0};
     if (sws_scale(scaler.get(), frame.data, frame.linesize, 0, frame.height, rows, strides) <= 0) return std::nullopt;
     bitmap.pixels.resize(length);
-    return turned(bitmap, quarterTurns(stream));
+    return placed(std::move(bitmap), placementOf(stream));
 }
 
 }  // namespace halden

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/movies/MoviesEngine.h"
+#include "platform/movies/module/MovieBytes.h"
 
 extern "C" {
 #include <libavcodec/avcodec.h>
@@ -18,6 +19,12 @@ namespace halden {
 struct CloseFormat {
     void operator()(AVFormatContext* context) const noexcept { avformat_close_input(&context); }
 };
+struct FreeReader {
+    void operator()(AVIOContext* context) const noexcept {
+        av_freep(static_cast<void*>(&context->buffer));
+        avio_context_free(&context);
+    }
+};
 struct FreeCodec {
     void operator()(AVCodecContext* context) const noexcept { avcodec_free_context(&context); }
 };
@@ -28,14 +35,15 @@ struct FreePacket {
     void operator()(AVPacket* packet) const noexcept { av_packet_free(&packet); }
 };
 using FormatOwner = std::unique_ptr<AVFormatContext, CloseFormat>;
+using ReaderOwner = std::unique_ptr<AVIOContext, FreeReader>;
 using CodecOwner = std::unique_ptr<AVCodecContext, FreeCodec>;
 using FrameOwner = std::unique_ptr<AVFrame, FreeFrame>;
 using PacketOwner = std::unique_ptr<AVPacket, FreePacket>;
 
 class LibavMovie final : public MovieFile {
 public:
-    /// Null when the file is none that is read.
-    [[nodiscard]] static std::unique_ptr<LibavMovie> open(const std::string& path);
+    /// Null when the bytes are none that are read. `name` is the file's; its extension helps to tell what they are.
+    [[nodiscard]] static std::unique_ptr<LibavMovie> open(std::unique_ptr<MovieBytes> bytes, const std::string& name);
 
     [[nodiscard]] std::optional<MovieTime> duration() const override;
     [[nodiscard]] std::optional<Size> naturalSize() const override;
@@ -46,15 +54,30 @@ private:
     LibavMovie() = default;
 
     static int isLate(void* movie) noexcept;
+    static int read(void* movie, std::uint8_t* buffer, int size);
+    static std::int64_t seek(void* movie, std::int64_t offset, int whence);
     void startClock() noexcept;
+    [[nodiscard]] bool openFormat(const std::string& name);
     void chooseStream();
+    [[nodiscard]] std::int64_t firstTime() const noexcept;
     [[nodiscard]] CodecOwner decoderOf(const AVStream& stream) const;
     [[nodiscard]] std::optional<Bitmap> attachedPicture();
-    /// Hands each frame from `start` (in the stream's time base) on to `take` until that returns true, or they end.
-    /// Those before `needed` may be left out where no other is made of them.
-    void decodeFrom(std::int64_t start, std::int64_t needed, const std::function<bool(FrameOwner&)>& take);
+    /// Goes to a key frame that is shown at `time` at the latest. `packet` receives it; it stays empty where there is
+    /// none, and the packets follow from the start.
+    void goToKeyFrame(std::int64_t time, AVPacket& packet);
+    [[nodiscard]] bool readKeyFrame(AVPacket& packet);
+    [[nodiscard]] bool readNext(AVPacket& packet);
+    /// Hands each frame from a key frame on that is not after `time` (in the stream's time base) to `take` until that
+    /// returns true, or they end. Those before `time` may be left out where no other is made of them.
+    void decodeFrom(std::int64_t time, const std::function<bool(FrameOwner&)>& take);
+    /// The last frame with a time not after `time`, else the first one that can be had.
+    [[nodiscard]] std::optional<Bitmap> frameAt(std::int64_t time);
+    [[nodiscard]] std::optional<Bitmap> firstPictureNotBlank();
     [[nodiscard]] std::optional<Bitmap> bitmapOf(const AVFrame& frame, const AVStream& stream) const;
 
+    std::unique_ptr<MovieBytes> bytes_;
+    std::int64_t position_ = 0;  // in the bytes
+    ReaderOwner reader_;
     FormatOwner format_;
     AVStream* stream_ = nullptr;  // the moving pictures; null where there are none
     std::chrono::steady_clock::time_point end_;

@@ -3,11 +3,13 @@
 
 extern "C" {
 #include <libavutil/log.h>
+#include <libavutil/mem.h>
 #include <libswscale/swscale.h>
 }
 
 #include <array>
 #include <string_view>
+#include <utility>
 
 namespace halden {
 namespace {
@@ -17,16 +19,24 @@ std::string versionText(const char* name, unsigned version) {
            std::to_string(AV_VERSION_MINOR(version)) + "." + std::to_string(AV_VERSION_MICRO(version));
 }
 
+// Room for the index of ten million frames, and for each plane of the largest picture. A file that claims a billion
+// frames is refused before anything is written to memory.
+constexpr std::size_t kMostBytesAtOnce = std::size_t{256} << 20;
+
 class LibavEngine final : public MoviesEngine {
 public:
-    LibavEngine() { av_log_set_level(AV_LOG_QUIET); }
+    LibavEngine() {
+        av_log_set_level(AV_LOG_QUIET);
+        av_max_alloc(kMostBytesAtOnce);
+    }
 
     [[nodiscard]] std::string version() const override {
         return versionText("libavformat", avformat_version()) + ", " + versionText("libavcodec", avcodec_version()) +
                ", " + versionText("libswscale", swscale_version());
     }
     [[nodiscard]] std::unique_ptr<MovieFile> open(const std::string& path) const override {
-        return LibavMovie::open(path);
+        auto bytes = MovieBytes::ofFile(path);
+        return bytes ? LibavMovie::open(std::move(bytes), path.substr(path.rfind('/') + 1)) : nullptr;
     }
     [[nodiscard]] std::vector<std::string> fileTypes() const override {
         static constexpr std::array<std::string_view, 17> kCommon{"mov,mp4,m4a,3gp,3g2,mj2",
@@ -52,7 +62,8 @@ public:
             std::string_view extensions = format != nullptr && format->extensions != nullptr ? format->extensions : "";
             while (!extensions.empty()) {
                 const std::size_t comma = extensions.find(',');
-                types.emplace_back(extensions.substr(0, comma));
+                // Still pictures in a container of movies are no movies.
+                if (const auto type = extensions.substr(0, comma); type != "avif") types.emplace_back(type);
                 extensions = comma == extensions.npos ? std::string_view() : extensions.substr(comma + 1);
             }
         }
