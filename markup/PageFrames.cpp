@@ -24,7 +24,7 @@ struct FrameScan {
     }
 
     void takeRobots(const std::u16string& content) {
-        std::u16string& robots = queries.robots->emplace(queries.robots->value_or(u""));
+        std::u16string& robots = **queries.robots;
         if (fastCaseInsensitiveCompareUnichars(content, robots) == 0) return;
         if (!robots.empty()) robots += u',';
         robots += content;

@@ -6,6 +6,7 @@
 #include "markup/PageFrames.h"
 #include "markup/PageLinks.h"
 #include "markup/PageResources.h"
+#include "tests/markup/Allocations.h"
 
 #include <gtest/gtest.h>
 
@@ -146,6 +147,17 @@ TEST(PageFrames, AnswerWhatIsAsked) {
         static_cast<void>(htmlFramesSet(c.html, FrameQueries{.isFeed = &isFeed}));
         EXPECT_EQ(isFeed, c.isFeed) << utf8FromUtf16(c.html);
     }
+}
+
+TEST(PageFrames, CollectRobotsInPlace) {
+    std::u16string html;
+    for (int i = 0; i < 5'000; ++i)
+        html += i % 2 == 0 ? u"<meta name=robots content=a>" : u"<meta name=robots content=b>";
+    std::optional<std::u16string> robots;
+    const std::size_t before = allocations();
+    static_cast<void>(htmlFramesSet(html, FrameQueries{.robots = &robots}));
+    EXPECT_LE(allocations() - before, 100U);
+    EXPECT_EQ(robots->size(), 2 * 5'000U - 1);
 }
 
 TEST(PageResources, AreWhatThePageLoads) {
