@@ -1,6 +1,7 @@
 #include "richtext/RtfAttributes.h"
 
 #include "richtext/FontNames.h"
+#include "richtext/RtfListMarkers.h"
 
 #include <unicode/uloc.h>
 
@@ -101,25 +102,6 @@ std::u16string bulletFormat(std::u16string_view bullet) {
         if (row.bullet == bullet) return std::u16string(row.format);
     }
     return std::u16string(bullet);
-}
-
-std::int32_t numberKindOf(RtfOldNumbering::Kind kind) noexcept {
-    switch (kind) {
-        case RtfOldNumbering::Kind::none:
-        case RtfOldNumbering::Kind::bullet:
-            return 23;
-        case RtfOldNumbering::Kind::decimal:
-            return 0;
-        case RtfOldNumbering::Kind::upperRoman:
-            return 1;
-        case RtfOldNumbering::Kind::lowerRoman:
-            return 2;
-        case RtfOldNumbering::Kind::upperLetter:
-            return 3;
-        case RtfOldNumbering::Kind::lowerLetter:
-            return 4;
-    }
-    return 0;
 }
 
 /// Whether a level's paragraphs are marked by nothing at all: no number, and no text around it.
@@ -312,7 +294,7 @@ std::vector<std::shared_ptr<const TextList>> RtfAttributes::lists(const RtfParag
         const RtfOldNumbering& numbering = *paragraph.numbering;
         auto& shared = oldLists_[{numbering.kind, numbering.start, numbering.before, numbering.after}];
         if (!shared) {
-            const std::u16string_view name = numberName(numberKindOf(numbering.kind));
+            const std::u16string_view name = numberName(rtfNumberKind(numbering.kind));
             const std::u16string format = name.empty() ? bulletFormat(numbering.before + numbering.after)
                                                        : numbering.before + std::u16string(name) + numbering.after;
             shared = std::make_shared<const TextList>(

@@ -44,7 +44,14 @@ std::u16string ordinal(std::int32_t number) {
     return decimal(number) + suffix;
 }
 
-std::int32_t kindOf(RtfOldNumbering::Kind kind) noexcept {
+/// The number of the paragraph after `count` others; what a file states as the first one may be anything.
+std::int32_t numberAfter(std::int32_t start, std::int32_t count) noexcept {
+    return static_cast<std::int32_t>(std::clamp<std::int64_t>(std::int64_t{start} + count, 0, INT32_MAX));
+}
+
+}  // namespace
+
+std::int32_t rtfNumberKind(RtfOldNumbering::Kind kind) noexcept {
     switch (kind) {
         case RtfOldNumbering::Kind::none:
         case RtfOldNumbering::Kind::bullet:
@@ -62,13 +69,6 @@ std::int32_t kindOf(RtfOldNumbering::Kind kind) noexcept {
     }
     return 0;
 }
-
-/// The number of the paragraph after `count` others; what a file states as the first one may be anything.
-std::int32_t numberAfter(std::int32_t start, std::int32_t count) noexcept {
-    return static_cast<std::int32_t>(std::clamp<std::int64_t>(std::int64_t{start} + count, 0, INT32_MAX));
-}
-
-}  // namespace
 
 std::u16string rtfListNumber(std::int32_t number, std::int32_t numberKind) {
     switch (numberKind) {
@@ -120,7 +120,7 @@ std::u16string RtfListCounters::nextMarker(const RtfOldNumbering& numbering) {
     }
     const std::int32_t number = numberAfter(numbering.start, oldCount_);
     if (oldCount_ < INT32_MAX) ++oldCount_;
-    return numbering.before + rtfListNumber(number, kindOf(numbering.kind)) + numbering.after;
+    return numbering.before + rtfListNumber(number, rtfNumberKind(numbering.kind)) + numbering.after;
 }
 
 }  // namespace halden

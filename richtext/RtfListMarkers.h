@@ -16,6 +16,9 @@ namespace halden {
 /// 23 and 255 none. Other styles are written in decimal, and so are numbers that a style cannot write.
 [[nodiscard]] std::u16string rtfListNumber(std::int32_t number, std::int32_t numberKind);
 
+/// The \levelnfc that stands for numbering of before Word 97.
+[[nodiscard]] std::int32_t rtfNumberKind(RtfOldNumbering::Kind kind) noexcept;
+
 /// Counts the paragraphs of the lists of one document.
 class RtfListCounters {
 public:

@@ -5,6 +5,7 @@
 #include "foundation/Value.h"
 #include "platform/images/Bitmap.h"
 #include "platform/images/ImageFormat.h"
+#include "platform/modules/EngineModule.h"
 
 #include <optional>
 #include <string>
@@ -70,18 +71,13 @@ public:
 /// number changes whenever ImagesEngine or a type that it passes does.
 inline constexpr const char* kImagesModuleEntry = "quarry_images_module_1";
 
-struct ImagesEngineStatus {
-    const ImagesEngine* engine = nullptr;  ///< null when the engine is not there
-    std::string path;                      ///< of the module that was found
-    std::string reason;                    ///< why there is no engine
-};
+using ImagesEngineStatus = EngineStatus<ImagesEngine>;
 
 /// Loads the first quarry-images.so of `folders`, and no other one should that fail. It is never unloaded.
 [[nodiscard]] ImagesEngineStatus loadImagesEngine(const std::vector<std::string>& folders);
 
-/// The engine of this process, loaded on the first call: quarry-images.so beside the running program, else in
-/// ../libexec/quarry from there, else in libexec/quarry of the prefix that the object with this function lies in, as an
-/// importer bundle in lib/quarry/Spotlight does. A failure is logged, once. Thread-safe.
+/// The engine of this process, loaded on the first call from the folders of `engineModuleFolders`. A failure is logged,
+/// once. Thread-safe.
 [[nodiscard]] const ImagesEngineStatus& imagesEngineStatus();
 
 }  // namespace halden

@@ -4,6 +4,7 @@
 #include "foundation/Data.h"
 #include "foundation/Geometry.h"
 #include "platform/images/Bitmap.h"
+#include "platform/modules/EngineModule.h"
 
 #include <memory>
 #include <optional>
@@ -62,17 +63,13 @@ public:
 /// number changes whenever MoviesEngine or a type that it passes does.
 inline constexpr const char* kMoviesModuleEntry = "quarry_movies_module_1";
 
-struct MoviesEngineStatus {
-    const MoviesEngine* engine = nullptr;  ///< null when the engine is not there
-    std::string path;                      ///< of the module that was found
-    std::string reason;                    ///< why there is no engine
-};
+using MoviesEngineStatus = EngineStatus<MoviesEngine>;
 
 /// Loads the first quarry-movies.so of `folders`, and no other one should that fail. It is never unloaded.
 [[nodiscard]] MoviesEngineStatus loadMoviesEngine(const std::vector<std::string>& folders);
 
-/// The engine of this process, loaded on the first call: quarry-movies.so beside the running program, else in
-/// ../libexec/quarry from there. A failure is logged, once. Thread-safe.
+/// The engine of this process, loaded on the first call from the folders of `engineModuleFolders`. A failure is logged,
+/// once. Thread-safe.
 [[nodiscard]] const MoviesEngineStatus& moviesEngineStatus();
 
 }  // namespace halden

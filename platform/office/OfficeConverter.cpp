@@ -1,9 +1,7 @@
 #include "platform/office/OfficeConverter.h"
 
 #include "foundation/Log.h"
-
-#include <fcntl.h>
-#include <unistd.h>
+#include "platform/worker/WorkFolder.h"
 
 #include <cerrno>
 #include <cstring>
@@ -32,18 +30,6 @@ const char* extensionOf(OfficeFormat format) {
             return "xml";
     }
     return "";
-}
-
-bool writeFile(const std::string& path, std::string_view bytes) {
-    const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
-    if (file < 0) return false;
-    while (!bytes.empty()) {
-        const ssize_t count = write(file, bytes.data(), bytes.size());
-        if (count < 0 && errno == EINTR) continue;
-        if (count <= 0) break;
-        bytes.remove_prefix(static_cast<std::size_t>(count));
-    }
-    return close(file) == 0 && bytes.empty();
 }
 
 std::string_view versionOf(std::string_view product) {
@@ -103,7 +89,7 @@ std::optional<Data> OfficeConverter::rtfFromDocument(const Data& document, Offic
 OfficeConverter::Outcome OfficeConverter::convert(Worker& worker, const Data& document, OfficeFormat format) {
     const std::string extension = extensionOf(format);
     // A copy, so that no lock file appears beside the user's document and no name of his reaches LibreOffice.
-    if (!writeFile(worker.folder() + "/document." + extension, document.view())) {
+    if (!writeNewFile(worker.folder() + "/document." + extension, document.view())) {
         logError("Cannot write into " + worker.folder() + ": " + std::strerror(errno));
         return Outcome::failed;
     }

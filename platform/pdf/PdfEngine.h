@@ -1,6 +1,7 @@
 // The PDF engine: a module of its own, loaded on first use.
 #pragma once
 
+#include "platform/modules/EngineModule.h"
 #include "platform/pdf/PdfDocument.h"
 
 #include <memory>
@@ -24,18 +25,13 @@ public:
 /// changes whenever PdfEngine, PdfDocument or a type that they pass does.
 inline constexpr const char* kPdfModuleEntry = "quarry_pdf_module_4";
 
-struct PdfEngineStatus {
-    const PdfEngine* engine = nullptr;  ///< null when the engine is not there
-    std::string path;                   ///< of the module that was found
-    std::string reason;                 ///< why there is no engine
-};
+using PdfEngineStatus = EngineStatus<PdfEngine>;
 
 /// Loads the first quarry-pdf.so of `folders`, and no other one should that fail. It is never unloaded.
 [[nodiscard]] PdfEngineStatus loadPdfEngine(const std::vector<std::string>& folders);
 
-/// The engine of this process, loaded on the first call: quarry-pdf.so beside the running program, else in
-/// ../libexec/quarry from there, else in libexec/quarry of the prefix that the object with this function lies in, as an
-/// importer bundle in lib/quarry/Spotlight does. A failure is logged, once. Thread-safe.
+/// The engine of this process, loaded on the first call from the folders of `engineModuleFolders`. A failure is logged,
+/// once. Thread-safe.
 [[nodiscard]] const PdfEngineStatus& pdfEngineStatus();
 
 }  // namespace halden

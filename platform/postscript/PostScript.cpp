@@ -1,9 +1,9 @@
 #include "platform/postscript/PostScript.h"
 
 #include "foundation/Log.h"
+#include "platform/worker/WorkFolder.h"
 #include "platform/worker/Worker.h"
 
-#include <fcntl.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -39,18 +39,6 @@ std::optional<Size> sizeFromComment(std::string_view text) {
     const Size size{corners[2] - corners[0], corners[3] - corners[1]};
     if (!(size.width > 0 && size.height > 0)) return std::nullopt;
     return size;
-}
-
-bool writeFile(const std::string& path, std::string_view bytes) {
-    const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
-    if (file < 0) return false;
-    while (!bytes.empty()) {
-        const ssize_t count = write(file, bytes.data(), bytes.size());
-        if (count < 0 && errno == EINTR) continue;
-        if (count <= 0) break;
-        bytes.remove_prefix(static_cast<std::size_t>(count));
-    }
-    return close(file) == 0 && bytes.empty();
 }
 
 std::string explanationOf(const WorkerEnding& ending) {
@@ -112,7 +100,7 @@ std::optional<Data> pdfFromPostScript(const Data& file, const PostScriptLimits& 
         {.addressSpace = limits.addressSpace, .cpu = limits.cpu, .fileSize = limits.fileSize, .time = limits.time});
     if (!worker) return std::nullopt;
     const std::string output = worker->folder() + "/picture.pdf";
-    if (!writeFile(worker->folder() + "/picture.ps", program.view())) {
+    if (!writeNewFile(worker->folder() + "/picture.ps", program.view())) {
         logError("Cannot write into " + worker->folder() + ": " + std::strerror(errno));
         return std::nullopt;
     }

@@ -6,6 +6,7 @@
 #include "platform/bundles/Paths.h"
 #include "platform/process/Task.h"
 
+#include <fcntl.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -97,6 +98,18 @@ private:
 };
 
 }  // namespace
+
+bool writeNewFile(const std::string& path, std::string_view bytes) {
+    const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+    if (file < 0) return false;
+    while (!bytes.empty()) {
+        const ssize_t count = write(file, bytes.data(), bytes.size());
+        if (count < 0 && errno == EINTR) continue;
+        if (count <= 0) break;
+        bytes.remove_prefix(static_cast<std::size_t>(count));
+    }
+    return close(file) == 0 && bytes.empty();
+}
 
 std::string executorPath() {
     static const std::string path =

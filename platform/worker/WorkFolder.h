@@ -3,6 +3,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace halden {
 
@@ -16,6 +17,9 @@ namespace halden {
 /// The same for files that are kept until this process ends: the folder NAME below the process's folder, made when it
 /// is not there.
 [[nodiscard]] std::optional<std::string> keptFolder(const std::string& name);
+
+/// Writes a file for a job: a new one, which its owner alone may read. False when it could not be written whole.
+[[nodiscard]] bool writeNewFile(const std::string& path, std::string_view bytes);
 
 /// Path of quarry-exec in the installation that the running program belongs to.
 [[nodiscard]] std::string executorPath();

@@ -1,7 +1,6 @@
 #include "platform/pdf/module/Context.h"
 
 #include <algorithm>
-#include <cstdlib>
 
 namespace halden::pdf {
 namespace {
@@ -22,7 +21,8 @@ void ignoreMessage(void*, const char*) {}
 
 }  // namespace
 
-Context::Context(const PdfLimits& limits) : limits_(limits), allocator_{this, allocate, reallocate, release} {
+Context::Context(const PdfLimits& limits)
+    : limits_(limits), memory_(limits.memory), allocator_{this, allocate, reallocate, release} {
     beginCall();
     context_ = fz_new_context(&allocator_, nullptr, kStoreLimit);
     if (context_ == nullptr) return;
@@ -33,11 +33,6 @@ Context::Context(const PdfLimits& limits) : limits_(limits), allocator_{this, al
 
 Context::~Context() {
     fz_drop_context(context_);
-    while (blocks_ != nullptr) {
-        Block* next = blocks_->next;
-        std::free(blocks_);
-        blocks_ = next;
-    }
 }
 
 void Context::beginCall() noexcept {
@@ -59,48 +54,19 @@ bool Context::isOutOfTimeNowAndThen() noexcept {
     return cookie_.abort != 0 || (++requests_ % kRequestsBetweenLooks == 0 && isOutOfTime());
 }
 
-void Context::link(Block* block) noexcept {
-    block->previous = nullptr;
-    block->next = blocks_;
-    if (blocks_ != nullptr) blocks_->previous = block;
-    blocks_ = block;
-    used_ += block->size;
-}
-
-void Context::unlink(const Block* block) noexcept {
-    (block->previous != nullptr ? block->previous->next : blocks_) = block->next;
-    if (block->next != nullptr) block->next->previous = block->previous;
-    used_ -= block->size;
-}
-
 void* Context::allocate(void* self, std::size_t size) {
-    return reallocate(self, nullptr, size);
-}
-
-void* Context::reallocate(void* self, void* memory, std::size_t size) {
     auto& context = *static_cast<Context*>(self);
-    Block* block = memory != nullptr ? static_cast<Block*>(memory) - 1 : nullptr;
-    if (size > SIZE_MAX - sizeof(Block)) return nullptr;
-    const std::size_t total = sizeof(Block) + size;
-    const std::size_t old = block != nullptr ? block->size : 0;
-    if (total > old && (total - old > context.limits_.memory - context.used_ || context.isOutOfTimeNowAndThen()))
-        return nullptr;
-    if (block != nullptr) context.unlink(block);
-    auto* moved = static_cast<Block*>(std::realloc(block, total));
-    if (moved == nullptr) {
-        if (block != nullptr) context.link(block);
-        return nullptr;
-    }
-    moved->size = total;
-    context.link(moved);
-    return moved + 1;
+    return context.isOutOfTimeNowAndThen() ? nullptr : context.memory_.allocate(size);
 }
 
-void Context::release(void* self, void* memory) {
-    if (memory == nullptr) return;
-    Block* block = static_cast<Block*>(memory) - 1;
-    static_cast<Context*>(self)->unlink(block);
-    std::free(block);
+void* Context::reallocate(void* self, void* block, std::size_t size) {
+    auto& context = *static_cast<Context*>(self);
+    if (size > Memory::sizeOf(block) && context.isOutOfTimeNowAndThen()) return nullptr;
+    return context.memory_.reallocate(block, size);
+}
+
+void Context::release(void* self, void* block) {
+    static_cast<Context*>(self)->memory_.release(block);
 }
 
 }  // namespace halden::pdf

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/pdf/PdfDocument.h"
+#include "platform/pdf/module/Memory.h"
 
 #include <mupdf/fitz.h>
 
@@ -31,6 +32,9 @@ public:
         return *static_cast<Context*>(fz_user_context(engine));
     }
 
+    /// Bytes that the engine holds.
+    [[nodiscard]] std::size_t heldMemory() const noexcept { return memory_.held(); }
+
     /// Starts the time that is allowed, for the call that begins.
     void beginCall() noexcept;
 
@@ -39,6 +43,9 @@ public:
 
     /// Which the engine is to be given when it runs a page, so that it also stops between operations.
     [[nodiscard]] fz_cookie* cookie() noexcept { return &cookie_; }
+
+    /// Set while the text of a page is read, which nobody will see.
+    bool isReadingText = false;
 
     /// Runs `body`; false when the engine threw inside. The engine throws by a jump: `body` must not own anything that
     /// needs a destructor, nor let C++ exceptions out. What it sets outside counts even when the engine throws
@@ -60,23 +67,13 @@ public:
 private:
     using Clock = std::chrono::steady_clock;
 
-    /// Stands before each block of memory, in a list of all of them.
-    struct alignas(std::max_align_t) Block {
-        Block* previous;
-        Block* next;
-        std::size_t size;  // with this
-    };
-
     static void* allocate(void* self, std::size_t size);
     static void* reallocate(void* self, void* block, std::size_t size);
     static void release(void* self, void* block);
     [[nodiscard]] bool isOutOfTimeNowAndThen() noexcept;
-    void link(Block* block) noexcept;
-    void unlink(const Block* block) noexcept;
 
     const PdfLimits limits_;
-    std::size_t used_ = 0;
-    Block* blocks_ = nullptr;
+    Memory memory_;
     unsigned requests_ = 0;
     const Clock::time_point start_ = Clock::now();
     Clock::time_point end_;

@@ -13,8 +13,9 @@
 namespace halden::pdf {
 namespace {
 
-// Fonts and images pile up in the store; emptied now and then, memory stays flat over thousands of pages.
-constexpr int kPagesBetweenEmptying = 50;
+// Fonts and images pile up in the store; emptied beyond this, memory stays flat over thousands of pages. They are dear
+// to read, so that as long as they are few they stay.
+constexpr std::size_t kMostHeldBetweenPages = std::size_t{48} << 20;
 // What a page without a usable box is drawn on.
 constexpr Size kLetter{612, 792};
 
@@ -160,7 +161,7 @@ std::optional<std::u16string> MuPdfDocument::textOfPage(int page) {
     context_.beginCall();
     preparePageMap(page);
     auto text = pdf::textOfPage(context_, document_, page);
-    countPage();
+    emptyGrownStore();
     return text;
 }
 
@@ -169,14 +170,14 @@ std::optional<PdfStyledText> MuPdfDocument::styledTextOfPage(int page) {
     context_.beginCall();
     preparePageMap(page);
     auto text = pdf::styledTextOfPage(context_, document_, page);
-    countPage();
+    emptyGrownStore();
     return text;
 }
 
-void MuPdfDocument::countPage() {
-    if (++pagesSinceEmptying_ < kPagesBetweenEmptying) return;
+void MuPdfDocument::emptyGrownStore() {
+    if (context_.heldMemory() < heldAtEmptying_ + kGrowthBetweenEmptying) return;
     fz_empty_store(context_.get());
-    pagesSinceEmptying_ = 0;
+    heldAtEmptying_ = context_.heldMemory();
 }
 
 Dictionary MuPdfDocument::documentAttributes() {

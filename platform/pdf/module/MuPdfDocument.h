@@ -32,7 +32,7 @@ private:
     void lock();
     void readEncryption();
     void preparePageMap(int page);
-    void countPage();
+    void emptyGrownStore();
 
     Data data_;  // the engine reads from these bytes as long as it lives
     Context context_;
@@ -43,7 +43,7 @@ private:
     bool stringsAreReadable_ = true;
     bool triedPageMap_ = false;
     bool hasPageMap_ = false;
-    int pagesSinceEmptying_ = 0;
+    std::size_t heldAtEmptying_ = 0;
 };
 
 }  // namespace halden::pdf

@@ -98,8 +98,9 @@ private:
 
 /// What the engine makes of a page, dropped on every path.
 struct StructuredPage {
-    explicit StructuredPage(Context& ownerContext) : context(ownerContext) {}
+    explicit StructuredPage(Context& ownerContext) : context(ownerContext) { context.isReadingText = true; }
     ~StructuredPage() {
+        context.isReadingText = false;
         fz_drop_device(context.get(), device);
         fz_drop_stext_page(context.get(), lines);
         fz_drop_page(context.get(), page);
