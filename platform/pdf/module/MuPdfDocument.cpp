@@ -13,9 +13,9 @@
 namespace halden::pdf {
 namespace {
 
-// Fonts and images pile up in the store; emptied beyond this, memory stays flat over thousands of pages. They are dear
-// to read, so that as long as they are few they stay.
-constexpr std::size_t kMostHeldBetweenPages = std::size_t{48} << 20;
+// Fonts and images pile up in the store; emptied after so much growth, memory stays flat over thousands of pages. They
+// are dear to read: as long as they are few they stay.
+constexpr std::size_t kGrowthBetweenEmptying = std::size_t{32} << 20;
 // What a page without a usable box is drawn on.
 constexpr Size kLetter{612, 792};
 

@@ -1,0 +1,31 @@
+// What the engine does for pages and nobody here needs. The linker puts these functions in the place of the engine's
+// own
+// (--wrap).
+#include "platform/pdf/module/Context.h"
+
+#include <mupdf/pdf.h>
+
+using halden::pdf::Context;
+
+// The names are the linker's.
+// NOLINTBEGIN(bugprone-reserved-identifier)
+extern "C" {
+
+fz_link* __wrap_pdf_load_link_annots(fz_context* engine, pdf_document* document, pdf_page* page, pdf_obj* annotations,
+                                     int number, fz_matrix matrix);
+fz_rect __real_fz_bound_glyph(fz_context* engine, fz_font* font, int glyph, fz_matrix matrix);
+fz_rect __wrap_fz_bound_glyph(fz_context* engine, fz_font* font, int glyph, fz_matrix matrix);
+
+/// Every page that is loaded has its links looked up, with their destinations.
+fz_link* __wrap_pdf_load_link_annots(fz_context*, pdf_document*, pdf_page*, pdf_obj*, int, fz_matrix) {
+    return nullptr;
+}
+
+/// The box of a glyph, which must be loaded for it, bounds what is drawn; where only text is read, its place will do.
+fz_rect __wrap_fz_bound_glyph(fz_context* engine, fz_font* font, int glyph, fz_matrix matrix) {
+    if (!Context::of(engine).isReadingText) return __real_fz_bound_glyph(engine, font, glyph, matrix);
+    return {matrix.e - 1, matrix.f - 1, matrix.e + 1, matrix.f + 1};
+}
+
+}  // extern "C"
+// NOLINTEND(bugprone-reserved-identifier)
