@@ -38,13 +38,14 @@ public:
     /// The picture that is shown `seconds` after the start, in the natural size; nullopt when none can be had. Of a
     /// damaged stream it is the last one before that decodes.
     [[nodiscard]] virtual std::optional<Bitmap> frameAtTime(double seconds) = 0;
-    /// The picture that stands for the file: one that is attached to it, as to sound, else the first that is not blank.
+    /// The picture that stands for the file: one that is attached to it, as to sound, else the one at
+    /// the poster time of the file, else the first that is not blank.
     [[nodiscard]] virtual std::optional<Bitmap> posterImage() = 0;
 };
 
 /// What the module quarry-movies.so offers. Nothing but the file is read, whatever it refers to, and no decoder of the
 /// machine's hardware is asked. Pictures of more than 2^26 pixels are not decoded; an operation ends after ten seconds
-/// with what it has.
+/// with what it has, and takes 900 MB at most.
 class MoviesEngine {
 public:
     virtual ~MoviesEngine() = default;

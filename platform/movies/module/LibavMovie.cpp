@@ -1,15 +1,19 @@
 #include "platform/movies/module/LibavMovie.h"
 
+#include "platform/movies/module/MemoryLimit.h"
 #include "platform/movies/module/PosterTime.h"
 
 extern "C" {
 #include <libavutil/imgutils.h>
+#include <libavutil/log.h>
+#include <libavutil/mem.h>
 #include <libavutil/pixdesc.h>
 #include <libswscale/swscale.h>
 }
 
 #include <algorithm>
 #include <cmath>
+#include <new>
 #include <utility>
 
 namespace halden {
@@ -23,6 +27,11 @@ constexpr int kReadBytes = 64 << 10;
 constexpr int kMostStreams = 100;
 constexpr std::int64_t kProbeBytes = 8 << 20;
 constexpr std::int64_t kProbeMicroseconds = 5'000'000;
+// Room for each plane of the largest picture. Of a file that claims a billion frames no index is begun.
+constexpr std::size_t kMostBytesAtOnce = std::size_t{256} << 20;
+// For what is kept of a movie while it is open, as its index, and for a picture.
+constexpr std::size_t kMostMemoryOfMovie = std::size_t{256} << 20;
+constexpr std::size_t kMostMemoryOfPicture = std::size_t{640} << 20;
 // Where the search for a picture that is not blank ends.
 constexpr int kMostBlankFrames = 300;
 // Packets among which a key frame is looked for.
@@ -150,8 +159,24 @@ AVPixelFormat softwareFormat(AVCodecContext*, const AVPixelFormat* formats) {
 
 }  // namespace
 
+void LibavMovie::prepareLibraries() noexcept {
+    av_log_set_level(AV_LOG_QUIET);
+    av_max_alloc(kMostBytesAtOnce);
+}
+
 int LibavMovie::isLate(void* movie) noexcept {
     return std::chrono::steady_clock::now() > static_cast<LibavMovie*>(movie)->end_ ? 1 : 0;
+}
+
+/// Runs `body` within the limits of time and memory; none when there is not enough of the latter.
+std::optional<Bitmap> LibavMovie::limited(const std::function<std::optional<Bitmap>()>& body) {
+    startClock();
+    const MemoryLimit limit(kMostMemoryOfPicture);
+    try {
+        return body();
+    } catch (const std::bad_alloc&) {
+        return std::nullopt;
+    }
 }
 
 void LibavMovie::startClock() noexcept {
@@ -181,6 +206,7 @@ std::unique_ptr<LibavMovie> LibavMovie::open(std::unique_ptr<MovieBytes> bytes, 
     std::unique_ptr<LibavMovie> movie(new LibavMovie);
     movie->bytes_ = std::move(bytes);
     movie->startClock();
+    const MemoryLimit limit(kMostMemoryOfMovie);
     if (!movie->openFormat(name)) return nullptr;
     movie->chooseStream();
     const AVFormatContext& format = *movie->format_;
@@ -253,8 +279,20 @@ std::optional<Size> LibavMovie::naturalSize() const {
                                               : Size{static_cast<double>(size.width), static_cast<double>(size.height)};
 }
 
-std::int64_t LibavMovie::firstTime() const noexcept {
-    return stream_->start_time == AV_NOPTS_VALUE ? 0 : stream_->start_time;
+/// Where the header does not say it, the least time of the first packets: pictures are not stored as they are shown.
+std::int64_t LibavMovie::firstTime() {
+    constexpr int kFirstPackets = 16;
+    if (stream_->start_time != AV_NOPTS_VALUE) return stream_->start_time;
+    if (firstTime_) return *firstTime_;
+    const PacketOwner packet(av_packet_alloc());
+    std::int64_t least = AV_NOPTS_VALUE;
+    if (packet && av_seek_frame(format_.get(), stream_->index, 0, AVSEEK_FLAG_BACKWARD) >= 0) {
+        for (int i = 0; i < kFirstPackets && readNext(*packet); ++i) {
+            if (packet->pts != AV_NOPTS_VALUE && (least == AV_NOPTS_VALUE || packet->pts < least)) least = packet->pts;
+        }
+    }
+    firstTime_ = least == AV_NOPTS_VALUE ? 0 : least;
+    return *firstTime_;
 }
 
 CodecOwner LibavMovie::decoderOf(const AVStream& stream) const {
@@ -289,19 +327,23 @@ bool LibavMovie::readKeyFrame(AVPacket& packet) {
 void LibavMovie::goToKeyFrame(std::int64_t time, AVPacket& packet) {
     const std::int64_t first = firstTime();
     const std::int64_t second = std::max<std::int64_t>(1, av_rescale_q(1, AVRational{1, 1}, stream_->time_base));
+    const auto isFound = [&](std::int64_t target, int flags) {
+        if (av_seek_frame(format_.get(), stream_->index, target, flags) < 0 || !readKeyFrame(packet)) return false;
+        const std::int64_t shown = packet.pts != AV_NOPTS_VALUE ? packet.pts : packet.dts;
+        return shown == AV_NOPTS_VALUE || shown <= time;
+    };
     // Containers look for the time at which a frame is decoded, which is earlier than the one at which it is shown, and
     // some do not know which frames are key frames: if the one that is found comes too late, farther back.
     std::int64_t target = time;
     for (std::int64_t step = second; target > first && isLate(this) == 0; step *= 2) {
-        if (av_seek_frame(format_.get(), stream_->index, target, AVSEEK_FLAG_BACKWARD) >= 0 && readKeyFrame(packet)) {
-            const std::int64_t shown = packet.pts != AV_NOPTS_VALUE ? packet.pts : packet.dts;
-            if (shown == AV_NOPTS_VALUE || shown <= time) return;
-        }
+        if (isFound(target, AVSEEK_FLAG_BACKWARD)) return;
         target = time - first > step ? time - step : first;
     }
+    // Streams without any index may miss their very first frame by its time.
+    if (isFound(first, AVSEEK_FLAG_BACKWARD) || isFound(0, AVSEEK_FLAG_BYTE)) return;
     av_packet_unref(&packet);
-    if (av_seek_frame(format_.get(), stream_->index, first, AVSEEK_FLAG_BACKWARD) < 0) {
-        av_seek_frame(format_.get(), -1, 0, AVSEEK_FLAG_BACKWARD | AVSEEK_FLAG_ANY);
+    if (av_seek_frame(format_.get(), stream_->index, 0, AVSEEK_FLAG_BYTE) < 0) {
+        av_seek_frame(format_.get(), stream_->index, first, AVSEEK_FLAG_BACKWARD | AVSEEK_FLAG_ANY);
     }
 }
 
@@ -329,8 +371,11 @@ void LibavMovie::decodeFrom(std::int64_t time, const std::function<bool(FrameOwn
     }
 }
 
-std::optional<Bitmap> LibavMovie::frameAt(std::int64_t time) {
-    startClock();
+std::optional<Bitmap> LibavMovie::frameAt(double seconds) {
+    constexpr double kLatest = 1e9;
+    if (stream_ == nullptr) return std::nullopt;
+    const auto microseconds = static_cast<std::int64_t>(std::clamp(seconds, 0.0, kLatest) * AV_TIME_BASE);
+    const std::int64_t time = firstTime() + av_rescale_q(microseconds, AV_TIME_BASE_Q, stream_->time_base);
     FrameOwner shown;
     decodeFrom(time, [&](FrameOwner& frame) {
         const std::int64_t stamp = frame->best_effort_timestamp;
@@ -343,25 +388,19 @@ std::optional<Bitmap> LibavMovie::frameAt(std::int64_t time) {
 }
 
 std::optional<Bitmap> LibavMovie::frameAtTime(double seconds) {
-    constexpr double kLatest = 1e9;
-    if (stream_ == nullptr) return std::nullopt;
-    const double microseconds = std::clamp(seconds, 0.0, kLatest) * AV_TIME_BASE;
-    return frameAt(firstTime() +
-                   av_rescale_q(static_cast<std::int64_t>(microseconds), AV_TIME_BASE_Q, stream_->time_base));
+    return limited([&] { return frameAt(seconds); });
 }
 
 std::optional<Bitmap> LibavMovie::posterImage() {
-    startClock();
-    if (auto picture = attachedPicture()) return picture;
-    if (stream_ == nullptr) return std::nullopt;
-    if (const auto chosen = posterTimeOf(*bytes_)) {
-        if (auto picture = frameAtTime(*chosen)) return picture;
-    }
-    return firstPictureNotBlank();
+    return limited([&] {
+        auto picture = attachedPicture();
+        if (picture || stream_ == nullptr) return picture;
+        if (const auto chosen = posterTimeOf(*bytes_)) picture = frameAt(*chosen);
+        return picture ? std::move(picture) : firstPictureNotBlank();
+    });
 }
 
 std::optional<Bitmap> LibavMovie::firstPictureNotBlank() {
-    startClock();
     std::optional<Bitmap> firstPicture;
     std::optional<Bitmap> poster;
     int count = 0;

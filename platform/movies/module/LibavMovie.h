@@ -42,6 +42,9 @@ using PacketOwner = std::unique_ptr<AVPacket, FreePacket>;
 
 class LibavMovie final : public MovieFile {
 public:
+    /// Sets the limits of the libraries, for the whole process. To be called before a movie is opened.
+    static void prepareLibraries() noexcept;
+
     /// Null when the bytes are none that are read. `name` is the file's; its extension helps to tell what they are.
     [[nodiscard]] static std::unique_ptr<LibavMovie> open(std::unique_ptr<MovieBytes> bytes, const std::string& name);
 
@@ -57,9 +60,11 @@ private:
     static int read(void* movie, std::uint8_t* buffer, int size);
     static std::int64_t seek(void* movie, std::int64_t offset, int whence);
     void startClock() noexcept;
+    [[nodiscard]] std::optional<Bitmap> limited(const std::function<std::optional<Bitmap>()>& body);
     [[nodiscard]] bool openFormat(const std::string& name);
     void chooseStream();
-    [[nodiscard]] std::int64_t firstTime() const noexcept;
+    /// Of the stream, in its time base.
+    [[nodiscard]] std::int64_t firstTime();
     [[nodiscard]] CodecOwner decoderOf(const AVStream& stream) const;
     [[nodiscard]] std::optional<Bitmap> attachedPicture();
     /// Goes to a key frame that is shown at `time` at the latest. `packet` receives it; it stays empty where there is
@@ -70,8 +75,8 @@ private:
     /// Hands each frame from a key frame on that is not after `time` (in the stream's time base) to `take` until that
     /// returns true, or they end. Those before `time` may be left out where no other is made of them.
     void decodeFrom(std::int64_t time, const std::function<bool(FrameOwner&)>& take);
-    /// The last frame with a time not after `time`, else the first one that can be had.
-    [[nodiscard]] std::optional<Bitmap> frameAt(std::int64_t time);
+    /// The last frame with a time not after `seconds`, else the first one that can be had.
+    [[nodiscard]] std::optional<Bitmap> frameAt(double seconds);
     [[nodiscard]] std::optional<Bitmap> firstPictureNotBlank();
     [[nodiscard]] std::optional<Bitmap> bitmapOf(const AVFrame& frame, const AVStream& stream) const;
 
@@ -80,6 +85,7 @@ private:
     ReaderOwner reader_;
     FormatOwner format_;
     AVStream* stream_ = nullptr;  // the moving pictures; null where there are none
+    std::optional<std::int64_t> firstTime_;
     std::chrono::steady_clock::time_point end_;
 };
 

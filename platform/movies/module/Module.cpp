@@ -2,8 +2,6 @@
 #include "platform/movies/module/LibavMovie.h"
 
 extern "C" {
-#include <libavutil/log.h>
-#include <libavutil/mem.h>
 #include <libswscale/swscale.h>
 }
 
@@ -19,16 +17,9 @@ std::string versionText(const char* name, unsigned version) {
            std::to_string(AV_VERSION_MINOR(version)) + "." + std::to_string(AV_VERSION_MICRO(version));
 }
 
-// Room for the index of ten million frames, and for each plane of the largest picture. A file that claims a billion
-// frames is refused before anything is written to memory.
-constexpr std::size_t kMostBytesAtOnce = std::size_t{256} << 20;
-
 class LibavEngine final : public MoviesEngine {
 public:
-    LibavEngine() {
-        av_log_set_level(AV_LOG_QUIET);
-        av_max_alloc(kMostBytesAtOnce);
-    }
+    LibavEngine() { LibavMovie::prepareLibraries(); }
 
     [[nodiscard]] std::string version() const override {
         return versionText("libavformat", avformat_version()) + ", " + versionText("libavcodec", avcodec_version()) +

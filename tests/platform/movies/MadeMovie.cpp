@@ -57,7 +57,7 @@ AVCodecContext* encoderFor(const MovieForm& form, const AVFormatContext& format)
         encoder->pix_fmt = AV_PIX_FMT_YUV420P;
         encoder->time_base = {1, form.framesInSecond};
         encoder->sample_aspect_ratio = {form.aspect, 1};
-        encoder->gop_size = 25;
+        encoder->gop_size = form.keyFrames;
         // Where pictures of two sides stand, an AVI file only guesses at times.
         encoder->max_b_frames = std::strcmp(format.oformat->name, "avi") == 0 ? 0 : 2;
         encoder->flags |= AV_CODEC_FLAG_QSCALE;
@@ -122,6 +122,68 @@ void makeMovie(const std::string& path, const MovieForm& form) {
     avio_closep(&format->pb);
     avcodec_free_context(&encoder);
     avformat_free_context(format);
+}
+
+namespace {
+
+std::string bytesOf(std::uint32_t value) {
+    return {static_cast<char>(value >> 24), static_cast<char>(value >> 16), static_cast<char>(value >> 8),
+            static_cast<char>(value)};
+}
+
+std::string frameOf(const std::string& name, const std::string& contents) {
+    return name + bytesOf(static_cast<std::uint32_t>(contents.size())) + std::string(2, 0) + contents;
+}
+
+std::string jpeg() {
+    const AVCodec* const codec = avcodec_find_encoder(AV_CODEC_ID_MJPEG);
+    require(codec != nullptr, "encoder");
+    AVCodecContext* encoder = avcodec_alloc_context3(codec);
+    encoder->width = 32;
+    encoder->height = 32;
+    encoder->pix_fmt = AV_PIX_FMT_YUV420P;
+    encoder->color_range = AVCOL_RANGE_MPEG;
+    encoder->strict_std_compliance = FF_COMPLIANCE_UNOFFICIAL;
+    encoder->time_base = {1, 1};
+    require(avcodec_open2(encoder, codec, nullptr) >= 0, "opening the encoder");
+    AVFrame* frame = emptyFrame(*encoder, false);
+    fill(*frame, 100, false);
+    AVPacket* packet = av_packet_alloc();
+    require(avcodec_send_frame(encoder, frame) >= 0 && avcodec_send_frame(encoder, nullptr) >= 0 &&
+                avcodec_receive_packet(encoder, packet) >= 0,
+            "a picture");
+    std::string bytes(reinterpret_cast<const char*>(packet->data), static_cast<std::size_t>(packet->size));
+    av_packet_free(&packet);
+    av_frame_free(&frame);
+    avcodec_free_context(&encoder);
+    return bytes;
+}
+
+}  // namespace
+
+std::string textFrame(const std::string& name, const std::string& text) {
+    return frameOf(name, std::string(1, 0) + text);
+}
+
+std::string makeMp3(const Mp3Form& form) {
+    std::string frames = form.frames;
+    if (form.cover) {
+        frames +=
+            frameOf("APIC", std::string(1, 0) + "image/jpeg" + std::string(1, 0) + "\x03" + std::string(1, 0) + jpeg());
+    }
+    const auto length = static_cast<std::uint32_t>(frames.size());
+    std::string file;
+    if (!frames.empty()) {
+        file = "ID3\x03" + std::string(2, 0);
+        for (int shift = 21; shift >= 0; shift -= 7)  // seven bits a byte
+            file += static_cast<char>(length >> shift & 0x7FU);
+        file += frames;
+    }
+    // Layer III at 128 kbit/s and 32 kHz, one channel: 576 bytes for 1152 samples, all of them silent.
+    const std::string silence = "\xFF\xFB\x98\xC0" + std::string(572, 0);
+    for (int i = 0; i * 1152 < form.seconds * 32000; ++i)
+        file += silence;
+    return file;
 }
 
 }  // namespace halden::testing

@@ -1,10 +1,14 @@
 // Movies that are made here, and what the service says of them.
+#include "foundation/Exception.h"
+#include "foundation/Log.h"
 #include "foundation/Path.h"
 #include "helper/MoviePoster.h"
 #include "platform/movies/Movie.h"
+#include "tests/platform/movies/Atoms.h"
 #include "tests/platform/movies/MadeMovie.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -19,6 +23,7 @@ namespace {
 
 namespace fs = std::filesystem;
 using testing::makeMovie;
+using testing::makeMp3;
 using testing::MovieForm;
 
 class MovieTest : public ::testing::Test {
@@ -36,6 +41,14 @@ protected:
     std::u16string made(const std::string& name, const MovieForm& form) {
         makeMovie(folder_ / name, form);
         return path(name);
+    }
+    void write(const std::string& name, const std::string& bytes) {
+        std::ofstream(folder_ / name, std::ios::binary) << bytes;
+    }
+    std::string contents(const std::string& name) {
+        std::ostringstream text;
+        text << std::ifstream(folder_ / name, std::ios::binary).rdbuf();
+        return text.str();
     }
     /// The grey level at a place, given in parts of the width and the height.
     static int grey(const Bitmap& bitmap, double x, double y) {
@@ -100,6 +113,80 @@ TEST_F(MovieTest, ThePosterIsTheFirstPictureThatIsNotBlank) {
     EXPECT_EQ(grey(*blank, 0.5, 0.5), 0);
 }
 
+TEST_F(MovieTest, ThePosterTimeOfTheFileCountsBeforeThat) {
+    (void)made("a.mov", {.seconds = 8});
+    std::string file = contents("a.mov");
+    const auto header = file.find("mvhd");
+    ASSERT_NE(header, std::string::npos);
+    file.replace(header + 4 + 80, 4, testing::number(3500, 4));  // the movie counts in 1/1000 s
+    write("a.mov", file);
+    const auto image = Movie::posterImageForMovieWithFile(path("a.mov"));
+    ASSERT_TRUE(image);
+    EXPECT_EQ(second(*image), 3);
+    EXPECT_EQ(second(Movie::middleImageForMovieWithFile(path("a.mov")).value()), 4);
+}
+
+TEST_F(MovieTest, SoundHasItsCoverAndNoSize) {
+    write("a.mp3", makeMp3({.seconds = 2, .cover = true}));
+    const auto movie = Movie::initWithFile(path("a.mp3"));
+    ASSERT_TRUE(movie);
+    EXPECT_EQ(movie->movieSize(), Size{});
+    EXPECT_NEAR(movie->movieDuration(), 2, 0.1);
+    EXPECT_FALSE(movie->middleImage());
+    const auto image = movie->thumbnailImage();
+    ASSERT_TRUE(image);
+    EXPECT_EQ(image->width, 32);
+    EXPECT_NEAR(grey(*image, 0.2, 0.5), 98, 8);
+    EXPECT_GT(grey(*image, 0.8, 0.5), 240);
+}
+
+TEST_F(MovieTest, WithoutMarksInTheFileTheKeyFrameIsFoundAllTheSame) {
+    // One key frame; one has no index, the others do not say at which time they start.
+    for (const char* name : {"a.ts", "a.nut", "a.mkv"}) {
+        const auto movie = Movie::initWithFile(made(name, {.seconds = 10.4, .framesInSecond = 25, .keyFrames = 1000}));
+        ASSERT_TRUE(movie) << name;
+        const auto image = movie->middleImage();
+        ASSERT_TRUE(image) << name;
+        EXPECT_EQ(second(*image), 5) << name;
+    }
+}
+
+TEST_F(MovieTest, WhatIsThrownIsLoggedAndOthersPass) {
+    std::string line;
+    setLogSink([&](LogLevel, std::string_view message) { line = message; });
+    const auto movie = made("a.mov", {.seconds = 3});
+    std::optional<MovieAttributes> attributes = MovieAttributes{};
+    const Exception thrown("Name", "the reason");
+    EXPECT_FALSE(Movie::thumbnailImageForMovieWithFile(movie, &attributes, [&](double) { throw thrown; }));
+    setLogSink({});
+    EXPECT_FALSE(attributes);
+    EXPECT_TRUE(line.starts_with("thumbnailImageForMovieWithFile:attributes: (QTMovie):\nName\nthe reason\n")) << line;
+    EXPECT_THROW((void)Movie::thumbnailImageForMovieWithFile(movie, nullptr, [](double) { throw 7; }), int);
+}
+
+TEST_F(MovieTest, ClaimsOfManyFramesTakeNeitherMemoryNorTime) {
+    const auto type = testing::atom("ftyp", "qt  " + std::string(4, 0) + "qt  ");
+    const auto header = testing::atom("mvhd", testing::movieHeader(600, 6000, 0));
+    const auto media = testing::atom("mdat", std::string(5000, 0));
+    const auto most = [] {
+        rusage usage{};
+        getrusage(RUSAGE_SELF, &usage);
+        return usage.ru_maxrss / 1024;
+    };
+    const auto before = most();
+    for (const auto& [count, tracks] : {std::pair(1'000'000'000, 1), std::pair(4'000'000, 12)}) {
+        std::string all;
+        for (int i = 0; i < tracks; ++i)
+            all += testing::emptyTrack(static_cast<std::uint64_t>(count));
+        write("a.mov", type + testing::atom("moov", header + all) + media);
+        EXPECT_FALSE(Movie::thumbnailImageForMovieWithFile(path("a.mov"))) << count;
+    }
+    EXPECT_LT(most() - before, 900);
+    rlimit limit{};
+    getrlimit(RLIMIT_AS, &limit);
+    EXPECT_EQ(limit.rlim_cur, RLIM_INFINITY);
+}
+
 TEST_F(MovieTest, TheServiceAlwaysGivesADictionary) {
     int idled = 0;
     const auto idling = [&](double seconds) {
@@ -129,17 +216,15 @@ TEST_F(MovieTest, TheServiceAlwaysGivesADictionary) {
 
 TEST_F(MovieTest, WhatIsDamagedGivesWhatDecodes) {
     (void)made("a.avi", {.seconds = 10});
-    std::ostringstream text;
-    text << std::ifstream(folder_ / "a.avi", std::ios::binary).rdbuf();
-    const std::string whole = text.str();
+    const std::string whole = contents("a.avi");
     std::size_t pictures = 0;
     for (std::size_t length = 0; length < whole.size(); length += whole.size() / 40) {
-        std::ofstream(folder_ / "cut.avi", std::ios::binary) << whole.substr(0, length);
+        write("cut.avi", whole.substr(0, length));
         pictures += Movie::thumbnailImageForMovieWithFile(path("cut.avi")) ? 1 : 0;
         std::string damaged = whole;
         for (std::size_t i = length; i < std::min(length + 200, whole.size()); ++i)
             damaged[i] = static_cast<char>(damaged[i] ^ 0x5A);
-        std::ofstream(folder_ / "damaged.avi", std::ios::binary) << damaged;
+        write("damaged.avi", damaged);
         pictures += Movie::thumbnailImageForMovieWithFile(path("damaged.avi")) ? 1 : 0;
     }
     EXPECT_GT(pictures, 40U);
