@@ -39,11 +39,24 @@ TEST_F(PdfProcess, AnswersTextRichTextAndNil) {
               (halden::Dictionary{{u"Locked", true}, {u"PageCount", 1}}));
 }
 
+/// Writes `pdf` with a stream of `length` zeros at its end, which take no room on the disk.
+void writeWithZeros(const std::filesystem::path& path, halden::test::TinyPdf pdf, std::size_t length) {
+    const std::string mark = "zeros";
+    pdf.add("<< /Length " + std::to_string(length) + " >>\nstream\n" + mark + "\nendstream");
+    const std::string bytes = pdf.bytes();
+    const std::size_t place = bytes.find(mark);
+    const std::size_t table = bytes.rfind("startxref\n");
+    const std::string end = "startxref\n" + std::to_string(bytes.find("xref\n0 ") - mark.size() + length) + "\n%%EOF\n";
+    std::ofstream file(path, std::ios::binary);
+    file << bytes.substr(0, place);
+    file.seekp(static_cast<std::streamoff>(length), std::ios::cur);
+    file << bytes.substr(place + mark.size(), table - place - mark.size()) << end;
+}
+
 TEST_F(PdfProcess, LargeDocumentsAreNotCopied) {
     constexpr std::size_t kLength = std::size_t{200} << 20;
-    halden::test::TinyPdf pdf = documentWithPages({showing("Words")});
-    pdf.addStream(std::string(kLength, '\0'));
-    const std::filesystem::path path = folder_.write("large.pdf", pdf.bytes());
+    const std::filesystem::path path = folder_ / "large.pdf";
+    writeWithZeros(path, documentWithPages({showing("Words")}), kLength);
     const auto data = Data::mappedContentsOfFile(path.string());
     ASSERT_TRUE(data && data->length() > kLength);
     const auto answer = proxy().attributedStringWithPDF(*data, {});
