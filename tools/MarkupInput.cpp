@@ -7,6 +7,7 @@
 
 #include <fcntl.h>
 #include <fmt/format.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <array>
@@ -21,14 +22,25 @@ namespace {
 
 constexpr halden::NSStringEncoding kWindowsLatin1 = 12;
 
+/// More than this is no page or feed that anybody reads.
+constexpr std::size_t kLargestInput = std::size_t{1} << 30;
+
+bool isTooLarge(int descriptor) {
+    struct stat status {};
+    return ::fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode) &&
+           static_cast<std::uint64_t>(status.st_size) > kLargestInput;
+}
+
 /// What went wrong, as errno has it; 0 when nothing did.
 int readAll(int descriptor, std::string& bytes) {
+    if (isTooLarge(descriptor)) return EFBIG;
     std::array<char, 65536> buffer;
     for (;;) {
         const ssize_t count = ::read(descriptor, buffer.data(), buffer.size());
         if (count == 0) return 0;
         if (count > 0) {
             bytes.append(buffer.data(), static_cast<std::size_t>(count));
+            if (bytes.size() > kLargestInput) return EFBIG;
         } else if (errno != EINTR) {
             return errno;
         }

@@ -139,6 +139,8 @@ TEST(FeedCommand, PrintsAPage) {
 TEST(FeedCommand, StatusesOfWhatIsNone) {
     const Surroundings surroundings;
     surroundings.write("a.html", "<html><body></body></html>");
+    surroundings.write("huge.html", "<html>");
+    std::filesystem::resize_file(surroundings.folder() / "huge.html", (std::uintmax_t{1} << 30) + 1);  // sparse
     const struct {
         std::vector<std::string> words;
         int status;
@@ -148,6 +150,7 @@ TEST(FeedCommand, StatusesOfWhatIsNone) {
         {{"feed", "--html", "a.html"}, 1, "", "quarry: a.html: this is no feed\n"},
         {{"feed", "missing"}, 1, "null\n", "quarry: missing: No such file or directory\n"},
         {{"page", "missing"}, 1, "null\n", "quarry: missing: No such file or directory\n"},
+        {{"page", "huge.html"}, 1, "null\n", "quarry: huge.html: File too large\n"},
         {{"page", "."}, 1, "null\n", "quarry: .: Is a directory\n"},
         {{"page", "-"}, 1, "null\n", ""},
         {{"feed", "--html", "--style-sheet", "none.css", "a.html"},
