@@ -1,4 +1,5 @@
 // quarry feed: the items of a feed, or the feed as a page, in this process.
+#include "foundation/Data.h"
 #include "foundation/Json.h"
 #include "foundation/Path.h"
 #include "foundation/Unicode.h"
@@ -16,11 +17,21 @@
 namespace quarry::tools {
 namespace {
 
-/// Whether the file can be read; says what is wrong.
+/// Why a page cannot contain the file; empty when it can.
+std::string faultOfStyleSheet(const std::string& file) {
+    if (::access(file.c_str(), R_OK) != 0) return std::strerror(errno);
+    if (std::filesystem::is_directory(file)) return std::strerror(EISDIR);
+    constexpr std::size_t kLargestSheet = std::size_t{16} << 20;
+    const auto sheet = halden::Data::contentsOfFile(file, kLargestSheet);
+    if (!sheet) return "this cannot be read, or is too large";
+    return halden::strictUtf16FromUtf8(sheet->view()) ? "" : "this is no text in UTF-8";
+}
+
+/// Whether the file can be used; says what is wrong.
 bool useStyleSheet(const std::string& file) {
     if (file.empty()) return true;
-    if (::access(file.c_str(), R_OK) != 0) {
-        printError(fmt::format("{}: {}", shownName(file), std::strerror(errno)));
+    if (const std::string fault = faultOfStyleSheet(file); !fault.empty()) {
+        printError(fmt::format("{}: {}", shownName(file), fault));
         return false;
     }
     halden::setLinkableFeedStyleSheet(halden::stringFromPathBytes(std::filesystem::absolute(file).native()));

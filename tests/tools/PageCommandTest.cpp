@@ -139,6 +139,7 @@ TEST(FeedCommand, PrintsAPage) {
 TEST(FeedCommand, StatusesOfWhatIsNone) {
     const Surroundings surroundings;
     surroundings.write("a.html", "<html><body></body></html>");
+    surroundings.write("latin.css", "/* \xE9 */");
     surroundings.write("huge.html", "<html>");
     std::filesystem::resize_file(surroundings.folder() / "huge.html", (std::uintmax_t{1} << 30) + 1);  // sparse
     const struct {
@@ -157,6 +158,11 @@ TEST(FeedCommand, StatusesOfWhatIsNone) {
          1,
          "",
          "quarry: none.css: No such file or directory\n"},
+        {{"feed", "--html", "--style-sheet", ".", "a.html"}, 1, "", "quarry: .: Is a directory\n"},
+        {{"feed", "--html", "--style-sheet", "latin.css", "a.html"},
+         1,
+         "",
+         "quarry: latin.css: this is no text in UTF-8\n"},
     };
     for (const auto& c : cases) {
         const Outcome outcome = surroundings.run(c.words);
