@@ -97,7 +97,8 @@ halden::ResourceDecision QuarryHelper::willSendRequest(const halden::Url& reques
 
 std::optional<Dictionary> QuarryHelper::attributedStringWithPDF(const Data& pdf,
                                                                 halden::AttributedStringWithPDFOptions options) {
-    return informationOfPdf(pdf, {.attributed = options.attributed}, nullptr);
+    return halden::guarded([&] { return informationOfPdf(pdf, {.attributed = options.attributed}, nullptr); },
+                           std::optional<Dictionary>());
 }
 
 std::optional<Dictionary> QuarryHelper::posterImageForMovieWithFile(std::u16string_view path) {
