@@ -13,6 +13,7 @@ extern "C" {
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <new>
 #include <utility>
 
@@ -137,6 +138,15 @@ bool isBlank(const Bitmap& bitmap) noexcept {
     return std::sqrt(std::max(0.0, squares / static_cast<double>(count) - mean * mean)) < kLeastDeviation;
 }
 
+/// Files may give an enumeration of the libraries a value that is none of it.
+template <class Enumeration>
+int rawValue(const Enumeration& value) noexcept {
+    static_assert(sizeof(value) == sizeof(int));
+    int number = 0;
+    std::memcpy(&number, &value, sizeof number);
+    return number;
+}
+
 /// No decoder that asks the machine's hardware.
 const AVCodec* softwareDecoder(AVCodecID id) noexcept {
     constexpr int kHardware = AV_CODEC_CAP_HARDWARE | AV_CODEC_CAP_HYBRID;
@@ -246,7 +256,9 @@ void LibavMovie::chooseStream() {
     for (unsigned i = 0; i < format->nb_streams; ++i) {
         const AVCodecParameters& parameters = *format->streams[i]->codecpar;
         const bool isVideo = parameters.codec_type == AVMEDIA_TYPE_VIDEO && !isAttached(*format->streams[i]);
-        isIncomplete = isIncomplete || (isVideo && (parameters.width <= 0 || parameters.extradata_size == 0));
+        const bool isSound = parameters.codec_type == AVMEDIA_TYPE_AUDIO;
+        isIncomplete = isIncomplete || (isVideo && (parameters.width <= 0 || parameters.extradata_size == 0)) ||
+                       (isSound && parameters.sample_rate <= 0);
     }
     if (isIncomplete) avformat_find_stream_info(format, nullptr);
     bool isStreamEnabled = false;
@@ -437,10 +449,10 @@ std::optional<Bitmap> LibavMovie::bitmapOf(const AVFrame& frame, const AVStream&
                        AV_PIX_FMT_RGB24, SWS_BICUBIC, nullptr, nullptr, nullptr));
     if (!scaler) return std::nullopt;
     // As the frame says of itself; the target is full RGB.
-    const int* const colours = sws_getCoefficients(frame.colorspace);
+    const int* const colours = sws_getCoefficients(rawValue(frame.colorspace));
     constexpr int kOne = 1 << 16;
-    sws_setColorspaceDetails(scaler.get(), colours, frame.color_range == AVCOL_RANGE_JPEG ? 1 : 0, colours, 1, 0, kOne,
-                             kOne);
+    sws_setColorspaceDetails(scaler.get(), colours, rawValue(frame.color_range) == AVCOL_RANGE_JPEG ? 1 : 0, colours, 1,
+                             0, kOne, kOne);
     Bitmap bitmap{.width = size.width, .height = size.height, .channels = 3, .pixels = {}};
     // The scaler may write a little beyond the last row.
     constexpr std::size_t kSlack = 64;

@@ -48,6 +48,11 @@ public:
     /// Null when the bytes are none that are read. `name` is the file's; its extension helps to tell what they are.
     [[nodiscard]] static std::unique_ptr<LibavMovie> open(std::unique_ptr<MovieBytes> bytes, const std::string& name);
 
+    /// All that the libraries know of the file.
+    [[nodiscard]] const AVFormatContext& format() const noexcept { return *format_; }
+    /// The moving pictures; null where there are none.
+    [[nodiscard]] const AVStream* pictures() const noexcept { return stream_; }
+
     [[nodiscard]] std::optional<MovieTime> duration() const override;
     [[nodiscard]] std::optional<Size> naturalSize() const override;
     [[nodiscard]] std::optional<Bitmap> frameAtTime(double seconds) override;
@@ -84,7 +89,7 @@ private:
     std::int64_t position_ = 0;  // in the bytes
     ReaderOwner reader_;
     FormatOwner format_;
-    AVStream* stream_ = nullptr;  // the moving pictures; null where there are none
+    AVStream* stream_ = nullptr;
     std::optional<std::int64_t> firstTime_;
     std::chrono::steady_clock::time_point end_;
 };

@@ -100,6 +100,8 @@ void makeMovie(const std::string& path, const MovieForm& form) {
             av_stream_new_side_data(stream, AV_PKT_DATA_DISPLAYMATRIX, 9 * sizeof(std::int32_t)));
         av_display_rotation_set(matrix, form.degrees);
     }
+    for (const auto& [key, value] : form.entries)
+        av_dict_set(&format->metadata, key.c_str(), value.c_str(), 0);
     require(avio_open(&format->pb, path.c_str(), AVIO_FLAG_WRITE) >= 0, "file");
     require(avformat_write_header(format, nullptr) >= 0, "header");
     const int count =

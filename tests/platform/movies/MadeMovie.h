@@ -2,6 +2,8 @@
 #pragma once
 
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace halden::testing {
 
@@ -15,6 +17,7 @@ struct MovieForm {
     double blank = 0;      ///< seconds of black at the start
     int keyFrames = 25;    ///< every so many
     bool isSound = false;  ///< a sound file instead, of silence
+    std::vector<std::pair<std::string, std::string>> entries = {};  ///< of the container: "title" and the like
 };
 
 /// Writes a movie (the file's extension says of which kind) in which second N is the grey level 20 + 10 N on the left
