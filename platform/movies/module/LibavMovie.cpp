@@ -223,7 +223,9 @@ std::unique_ptr<LibavMovie> LibavMovie::open(std::unique_ptr<MovieBytes> bytes, 
     const bool hasSound = std::any_of(format.streams, format.streams + format.nb_streams, [](const AVStream* stream) {
         return stream->codecpar->codec_type == AVMEDIA_TYPE_AUDIO;
     });
-    return movie->stream_ != nullptr || hasSound ? std::move(movie) : nullptr;
+    // A movie may have neither: measurements with their times, for instance.
+    const bool hasTime = format.nb_streams > 0 && format.duration != AV_NOPTS_VALUE && format.duration > 0;
+    return movie->stream_ != nullptr || hasSound || hasTime ? std::move(movie) : nullptr;
 }
 
 bool LibavMovie::openFormat(const std::string& name) {
