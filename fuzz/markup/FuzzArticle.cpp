@@ -12,17 +12,21 @@ using namespace halden;
 
 namespace {
 
-/// Whether `article` is a beginning, a middle part and an end of `page`, with line feeds between.
+/// Whether `article` is a beginning of `page` up to a tag, a middle part from a tag on, and an end, which is nothing or
+/// begins with a tag, with line feeds between. Where there are very many places for the line feeds, only some are
+/// tried.
 bool isCutOutOf(std::u16string_view page, std::u16string_view article) {
+    int trials = 1000;
     const auto shared = std::ranges::mismatch(page, article).in2 - article.begin();
     const auto common = static_cast<std::size_t>(shared);
-    for (std::size_t first = 0; first <= common && first < article.size(); ++first) {
-        if (article[first] != u'\n') continue;
+    for (std::size_t first = 1; first <= common && first + 1 < article.size(); ++first) {
+        if (article[first] != u'\n' || article[first - 1] != u'>') continue;
         const std::u16string_view rest = article.substr(first + 1);
         for (std::size_t last = rest.size(); last-- > 0;) {
             const std::u16string_view end = rest.substr(last + 1);
-            if (!page.ends_with(end)) break;
-            if (rest[last] == u'\n' && page.find(rest.substr(0, last)) != std::u16string_view::npos) return true;
+            if (end.size() > page.size() || (!end.empty() && end.front() != page[page.size() - end.size()])) break;
+            if (rest[last] != u'\n' || (!end.empty() && end.front() != u'<')) continue;
+            if (page.find(rest.substr(0, last)) != std::u16string_view::npos || --trials == 0) return true;
         }
     }
     return false;
