@@ -1,6 +1,7 @@
 #include "platform/movies/module/LibavMovie.h"
 
 #include "platform/movies/module/MemoryLimit.h"
+#include "platform/movies/module/MoviePictures.h"
 #include "platform/movies/module/PosterTime.h"
 
 extern "C" {
@@ -8,12 +9,9 @@ extern "C" {
 #include <libavutil/log.h>
 #include <libavutil/mem.h>
 #include <libavutil/pixdesc.h>
-#include <libswscale/swscale.h>
 }
 
 #include <algorithm>
-#include <cmath>
-#include <cstring>
 #include <new>
 #include <utility>
 
@@ -23,7 +21,6 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr auto kLongest = 10s;
-constexpr std::int64_t kMostPixels = std::int64_t{1} << 26;
 constexpr int kReadBytes = 64 << 10;
 constexpr int kMostStreams = 100;
 constexpr std::int64_t kProbeBytes = 8 << 20;
@@ -43,10 +40,6 @@ constexpr const char* kFormats =
     "mov,matroska,avi,mpeg,mpegts,mpegvideo,m4v,h264,hevc,asf,flv,ogg,dv,mp3,aac,ac3,eac3,wav,w64,aiff,flac,caf,amr,"
     "amrnb,amrwb,au,ape,wv,tta,mpc,mpc8,dsf,dts,rm,swf,flic,nut,gxf,mxf,ivf,yuv4mpegpipe,gsm,voc,wtv,nsv";
 
-struct FreeScaler {
-    void operator()(SwsContext* context) const noexcept { sws_freeContext(context); }
-};
-
 bool isAttached(const AVStream& stream) noexcept {
     return (stream.disposition & AV_DISPOSITION_ATTACHED_PIC) != 0;
 }
@@ -56,95 +49,7 @@ bool isMovingPicture(const AVStream& stream) noexcept {
     return parameters.codec_type == AVMEDIA_TYPE_VIDEO && !isAttached(stream) && parameters.width > 0 &&
            parameters.height > 0 &&
            av_image_check_size2(static_cast<unsigned>(parameters.width), static_cast<unsigned>(parameters.height),
-                                kMostPixels, AV_PIX_FMT_NONE, 0, nullptr) >= 0;
-}
-
-/// How a picture is laid on the screen: its rows may become columns, and both may run backward.
-struct Placement {
-    bool isTransposed = false;
-    bool isMirroredX = false;  // of the picture as it is shown
-    bool isMirroredY = false;
-};
-
-Placement placementOf(const AVStream& stream) noexcept {
-    constexpr int kEntries = 9;
-    std::size_t length = 0;
-    const auto* matrix =
-        reinterpret_cast<const std::int32_t*>(av_stream_get_side_data(&stream, AV_PKT_DATA_DISPLAYMATRIX, &length));
-    if (matrix == nullptr || length < kEntries * sizeof(std::int32_t)) return {};
-    // The place on the screen is (a x + c y, b x + d y). What is turned by less than a right angle is shown upright.
-    const std::int64_t a = matrix[0];
-    const std::int64_t b = matrix[1];
-    const std::int64_t c = matrix[3];
-    const std::int64_t d = matrix[4];
-    const bool isTransposed = std::abs(b) + std::abs(c) > std::abs(a) + std::abs(d);
-    return {.isTransposed = isTransposed,
-            .isMirroredX = (isTransposed ? c : a) < 0,
-            .isMirroredY = (isTransposed ? b : d) < 0};
-}
-
-/// In square pixels, before it is turned.
-PixelSize shownSize(int width, int height, AVRational aspect) noexcept {
-    if (aspect.num <= 0 || aspect.den <= 0 || aspect.num == aspect.den) return {width, height};
-    const double factor = av_q2d(aspect);
-    if (factor < 0.05 || factor > 20) return {width, height};
-    return {std::max(1, static_cast<int>(std::lround(width * factor))), height};
-}
-
-AVRational aspectOf(const AVStream& stream, AVRational ofFrame) noexcept {
-    if (ofFrame.num > 0 && ofFrame.den > 0) return ofFrame;
-    if (stream.sample_aspect_ratio.num > 0) return stream.sample_aspect_ratio;
-    return stream.codecpar->sample_aspect_ratio;
-}
-
-Bitmap placed(Bitmap bitmap, Placement placement) {
-    if (!placement.isTransposed && !placement.isMirroredX && !placement.isMirroredY) return bitmap;
-    Bitmap result;
-    result.channels = bitmap.channels;
-    result.width = placement.isTransposed ? bitmap.height : bitmap.width;
-    result.height = placement.isTransposed ? bitmap.width : bitmap.height;
-    result.pixels.resize(bitmap.pixels.size());
-    const auto step = static_cast<std::size_t>(bitmap.channels);
-    std::uint8_t* to = result.pixels.data();
-    for (int y = 0; y < result.height; ++y) {
-        const int row = placement.isMirroredY ? result.height - 1 - y : y;
-        for (int x = 0; x < result.width; ++x) {
-            const int column = placement.isMirroredX ? result.width - 1 - x : x;
-            const int fromX = placement.isTransposed ? row : column;
-            const int fromY = placement.isTransposed ? column : row;
-            const std::uint8_t* from = bitmap.pixels.data() + static_cast<std::size_t>(fromY) * bitmap.rowLength() +
-                                       static_cast<std::size_t>(fromX) * step;
-            to = std::copy_n(from, step, to);
-        }
-    }
-    return result;
-}
-
-/// Whether hardly a pixel differs from the others: a fade from black, an empty title.
-bool isBlank(const Bitmap& bitmap) noexcept {
-    constexpr std::size_t kStep = 31;  // of which a picture has no pattern
-    constexpr double kLeastDeviation = 6;
-    double sum = 0;
-    double squares = 0;
-    std::size_t count = 0;
-    for (std::size_t i = 0; i < bitmap.pixels.size(); i += kStep) {
-        const double value = bitmap.pixels[i];
-        sum += value;
-        squares += value * value;
-        ++count;
-    }
-    if (count == 0) return true;
-    const double mean = sum / static_cast<double>(count);
-    return std::sqrt(std::max(0.0, squares / static_cast<double>(count) - mean * mean)) < kLeastDeviation;
-}
-
-/// Files may give an enumeration of the libraries a value that is none of it.
-template <class Enumeration>
-int rawValue(const Enumeration& value) noexcept {
-    static_assert(sizeof(value) == sizeof(int));
-    int number = 0;
-    std::memcpy(&number, &value, sizeof number);
-    return number;
+                                kMostPicturePixels, AV_PIX_FMT_NONE, 0, nullptr) >= 0;
 }
 
 /// No decoder that asks the machine's hardware.
@@ -288,9 +193,8 @@ std::optional<MovieTime> LibavMovie::duration() const {
 
 std::optional<Size> LibavMovie::naturalSize() const {
     if (stream_ == nullptr) return std::nullopt;
-    const PixelSize size = shownSize(stream_->codecpar->width, stream_->codecpar->height, aspectOf(*stream_, {0, 0}));
-    return placementOf(*stream_).isTransposed ? Size{static_cast<double>(size.height), static_cast<double>(size.width)}
-                                              : Size{static_cast<double>(size.width), static_cast<double>(size.height)};
+    const PixelSize size = naturalSizeOf(*stream_);
+    return Size{static_cast<double>(size.width), static_cast<double>(size.height)};
 }
 
 /// Where the header does not say it, the least time of the first packets: pictures are not stored as they are shown.
@@ -316,7 +220,7 @@ CodecOwner LibavMovie::decoderOf(const AVStream& stream) const {
     if (!codec || avcodec_parameters_to_context(codec.get(), stream.codecpar) < 0) return nullptr;
     codec->pkt_timebase = stream.time_base;
     codec->thread_count = 1;
-    codec->max_pixels = kMostPixels;
+    codec->max_pixels = kMostPicturePixels;
     codec->get_format = &softwareFormat;
     return avcodec_open2(codec.get(), decoder, nullptr) >= 0 ? std::move(codec) : nullptr;
 }
@@ -415,16 +319,16 @@ std::optional<Bitmap> LibavMovie::posterImage() {
 }
 
 std::optional<Bitmap> LibavMovie::firstPictureNotBlank() {
-    std::optional<Bitmap> firstPicture;
-    std::optional<Bitmap> poster;
+    FrameOwner first;
+    FrameOwner poster;
     int count = 0;
     decodeFrom(firstTime(), [&](FrameOwner& frame) {
-        auto bitmap = bitmapOf(*frame, *stream_);
-        if (bitmap && !isBlank(*bitmap)) poster = std::move(bitmap);
-        if (!poster && !firstPicture) firstPicture = std::move(bitmap);
-        return poster.has_value() || ++count >= kMostBlankFrames;
+        FrameOwner& place = isBlankPicture(*frame) ? first : poster;
+        if (!place) place = std::move(frame);
+        return poster != nullptr || ++count >= kMostBlankFrames;
     });
-    return poster ? std::move(poster) : std::move(firstPicture);
+    if (!poster) poster = std::move(first);
+    return poster ? bitmapOf(*poster, *stream_) : std::nullopt;
 }
 
 std::optional<Bitmap> LibavMovie::attachedPicture() {
@@ -439,32 +343,6 @@ std::optional<Bitmap> LibavMovie::attachedPicture() {
         if (auto bitmap = bitmapOf(*frame, stream)) return bitmap;
     }
     return std::nullopt;
-}
-
-std::optional<Bitmap> LibavMovie::bitmapOf(const AVFrame& frame, const AVStream& stream) const {
-    const PixelSize size = shownSize(frame.width, frame.height, aspectOf(stream, frame.sample_aspect_ratio));
-    if (size.width <= 0 || size.height <= 0 || std::int64_t{size.width} * size.height > kMostPixels) {
-        return std::nullopt;
-    }
-    const std::unique_ptr<SwsContext, FreeScaler> scaler(
-        sws_getContext(frame.width, frame.height, static_cast<AVPixelFormat>(frame.format), size.width, size.height,
-                       AV_PIX_FMT_RGB24, SWS_BICUBIC, nullptr, nullptr, nullptr));
-    if (!scaler) return std::nullopt;
-    // As the frame says of itself; the target is full RGB.
-    const int* const colours = sws_getCoefficients(rawValue(frame.colorspace));
-    constexpr int kOne = 1 << 16;
-    sws_setColorspaceDetails(scaler.get(), colours, rawValue(frame.color_range) == AVCOL_RANGE_JPEG ? 1 : 0, colours, 1,
-                             0, kOne, kOne);
-    Bitmap bitmap{.width = size.width, .height = size.height, .channels = 3, .pixels = {}};
-    // The scaler may write a little beyond the last row.
-    constexpr std::size_t kSlack = 64;
-    const std::size_t length = bitmap.rowLength() * static_cast<std::size_t>(bitmap.height);
-    bitmap.pixels.resize(length + kSlack);
-    std::uint8_t* const rows[4] = {bitmap.pixels.data(), nullptr, nullptr, nullptr};
-    const int strides[4] = {static_cast<int>(bitmap.rowLength()), 0, 0, 0};
-    if (sws_scale(scaler.get(), frame.data, frame.linesize, 0, frame.height, rows, strides) <= 0) return std::nullopt;
-    bitmap.pixels.resize(length);
-    return placed(std::move(bitmap), placementOf(stream));
 }
 
 }  // namespace halden

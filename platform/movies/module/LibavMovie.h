@@ -83,7 +83,6 @@ private:
     /// The last frame with a time not after `seconds`, else the first one that can be had.
     [[nodiscard]] std::optional<Bitmap> frameAt(double seconds);
     [[nodiscard]] std::optional<Bitmap> firstPictureNotBlank();
-    [[nodiscard]] std::optional<Bitmap> bitmapOf(const AVFrame& frame, const AVStream& stream) const;
 
     std::unique_ptr<MovieBytes> bytes_;
     std::int64_t position_ = 0;  // in the bytes
