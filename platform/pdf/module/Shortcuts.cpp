@@ -16,8 +16,16 @@ fz_link* __wrap_pdf_load_link_annots(fz_context* engine, pdf_document* document,
 fz_rect __real_fz_bound_glyph(fz_context* engine, fz_font* font, int glyph, fz_matrix matrix);
 fz_rect __wrap_fz_bound_glyph(fz_context* engine, fz_font* font, int glyph, fz_matrix matrix);
 
-/// Every page that is loaded has its links looked up, with their destinations.
-fz_link* __wrap_pdf_load_link_annots(fz_context*, pdf_document*, pdf_page*, pdf_obj*, int, fz_matrix) {
+/// Every page that is loaded has its links looked up, with their destinations. Only what comes with it is kept: each
+/// annotation is seen once before any is used, so that a broken one has the document repaired in time.
+fz_link* __wrap_pdf_load_link_annots(fz_context* engine, pdf_document*, pdf_page*, pdf_obj* annotations, int,
+                                     fz_matrix) {
+    const int count = pdf_array_len(engine, annotations);
+    for (int i = 0; i < count; ++i) {
+        Context::of(engine).attempt([=](fz_context* attempting) {
+            (void)pdf_dict_get(attempting, pdf_array_get(attempting, annotations, i), PDF_NAME(Subtype));
+        });
+    }
     return nullptr;
 }
 
