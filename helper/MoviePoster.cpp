@@ -7,7 +7,6 @@
 namespace quarry {
 
 using halden::Dictionary;
-using halden::Value;
 
 Dictionary posterImageForMovieWithFile(std::u16string_view path, const halden::MovieIdling& idling) {
     std::optional<halden::MovieAttributes> attributes;

@@ -95,10 +95,11 @@ void makeMovie(const std::string& path, const MovieForm& form) {
     require(avcodec_parameters_from_context(stream->codecpar, encoder) >= 0, "parameters");
     stream->time_base = encoder->time_base;
     stream->sample_aspect_ratio = encoder->sample_aspect_ratio;
-    if (form.degrees != 0) {
+    if (form.degrees != 0 || form.isMirrored) {
         auto* const matrix = reinterpret_cast<std::int32_t*>(
             av_stream_new_side_data(stream, AV_PKT_DATA_DISPLAYMATRIX, 9 * sizeof(std::int32_t)));
         av_display_rotation_set(matrix, form.degrees);
+        av_display_matrix_flip(matrix, form.isMirrored ? 1 : 0, 0);
     }
     for (const auto& [key, value] : form.entries)
         av_dict_set(&format->metadata, key.c_str(), value.c_str(), 0);

@@ -12,11 +12,12 @@ struct MovieForm {
     int framesInSecond = 10;
     int width = 64;
     int height = 48;
-    int aspect = 1;        ///< a pixel is so many times as wide as high
-    int degrees = 0;       ///< in which the pictures are to be turned, clockwise
-    double blank = 0;      ///< seconds of black at the start
-    int keyFrames = 25;    ///< every so many
-    bool isSound = false;  ///< a sound file instead, of silence
+    int aspect = 1;           ///< a pixel is so many times as wide as high
+    int degrees = 0;          ///< in which the pictures are to be turned, clockwise
+    bool isMirrored = false;  ///< left and right are to be swapped
+    double blank = 0;         ///< seconds of black at the start
+    int keyFrames = 25;       ///< every so many
+    bool isSound = false;     ///< a sound file instead, of silence
     std::vector<std::pair<std::string, std::string>> entries = {};  ///< of the container: "title" and the like
 };
 

@@ -88,6 +88,10 @@ TEST_F(MovieTest, PicturesAreShownAsAPlayerShowsThem) {
     const auto image = Movie::middleImageForMovieWithFile(wide);
     EXPECT_EQ(image->width, 128);
     EXPECT_EQ(image->height, 48);
+    const auto mirrored = Movie::middleImageForMovieWithFile(made("mirrored.mov", {.isMirrored = true}));
+    ASSERT_TRUE(mirrored);
+    EXPECT_GT(grey(*mirrored, 0.2, 0.5), 200);
+    EXPECT_LT(grey(*mirrored, 0.8, 0.5), 60);
     struct Row {
         int degrees;
         Size size;
