@@ -10,8 +10,8 @@ namespace halden {
 namespace {
 
 using test::documentWithPages;
-using test::kCatalog;
 using test::kFirstPage;
+using test::kFont;
 using test::showing;
 using test::TinyPdf;
 
@@ -88,6 +88,21 @@ TEST(PdfBomb, PicturesWithoutEndTakeNoMemory) {
         EXPECT_EQ(document->textOfPage(0), u"");
         EXPECT_EQ(document->textOfPage(1), u"Next page");
     }
+    EXPECT_LT(peakMegabytes(), 400);
+}
+
+TEST(PdfBomb, FontsWithoutEndAreDoneWithout) {
+    TinyPdf pdf = documentWithPages({showing("Words"), showing("Next page")});
+    const int program = pdf.addStream(packedRunsOf('x'), kUnpackRuns);
+    const int descriptor = pdf.add("<< /Type /FontDescriptor /FontName /Endless /Flags 32 /FontFile2 " +
+                                   TinyPdf::reference(program) + " >>");
+    pdf.replace(kFont,
+                "<< /Type /Font /Subtype /TrueType /BaseFont /Endless /Encoding /WinAnsiEncoding /FontDescriptor " +
+                    TinyPdf::reference(descriptor) + " >>");
+    const auto document = PdfDocument::documentWithData(pdf.data(), {.memory = std::size_t{64} << 20});
+    ASSERT_TRUE(document);
+    EXPECT_EQ(document->textOfPage(0), u"Words");
+    EXPECT_EQ(document->textOfPage(1), u"Next page");
     EXPECT_LT(peakMegabytes(), 400);
 }
 
