@@ -29,10 +29,10 @@ fz_link* __wrap_pdf_load_link_annots(fz_context* engine, pdf_document*, pdf_page
     return nullptr;
 }
 
-/// The box of a glyph, which must be loaded for it, bounds what is drawn; where only text is read, its place will do.
+/// The box of a glyph, which must be loaded for it, bounds what is drawn. Where only text is read it bounds nothing.
 fz_rect __wrap_fz_bound_glyph(fz_context* engine, fz_font* font, int glyph, fz_matrix matrix) {
     if (!Context::of(engine).isReadingText) return __real_fz_bound_glyph(engine, font, glyph, matrix);
-    return {matrix.e - 1, matrix.f - 1, matrix.e + 1, matrix.f + 1};
+    return fz_infinite_rect;
 }
 
 }  // extern "C"
