@@ -74,8 +74,8 @@ TEST(PdfDamagedPage, TheOthersAreRead) {
 // What a failed page leaves behind in the engine's memory, in its locks, or on its stack of those who catch, would add
 // up.
 TEST(PdfDamagedPage, NothingIsLeftBehindInTheDocument) {
-    constexpr int kReadings = 3000;
-    const PdfLimits limits{.memory = std::size_t{3} << 20};
+    constexpr int kReadings = 1000;
+    const PdfLimits limits{.memory = std::size_t{2} << 20};
     for (const Damage& damage : kDamages) {
         const auto document = PdfDocument::documentWithData(documentWith(damage).data(), limits);
         ASSERT_TRUE(document) << damage.name;
