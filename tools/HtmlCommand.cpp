@@ -5,8 +5,10 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <optional>
 
 namespace quarry::tools {
 
@@ -35,9 +37,6 @@ std::optional<halden::Data> standardInput() {
 }
 
 std::optional<halden::Data> pageOf(const std::string& file) {
-    if (file == "-") {
-        return standardInput();
-    }
     if (!pathOfDocument(file)) {
         return std::nullopt;
     }
@@ -59,8 +58,13 @@ Status htmlCommand(const Invocation& invocation) {
         printError("html: -o says which package to write, and is missing");
         return Status::usage;
     }
+    // Before the helper starts: from then on there is no standard input, which processes it starts might wait for.
+    std::optional<halden::Data> input;
+    if (std::ranges::find(invocation.files, "-") != invocation.files.end() && !(input = standardInput())) {
+        return Status::none;
+    }
     return forEachFile(invocation, [&](HelperSession& session, const std::string& file) {
-        const auto page = pageOf(file);
+        const auto page = file == "-" ? input : pageOf(file);
         if (!page) {
             return Status::none;
         }

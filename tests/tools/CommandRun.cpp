@@ -75,7 +75,8 @@ void Surroundings::addImporter(const std::string& executable, const std::string&
 }
 
 pid_t Surroundings::start(const std::vector<std::string>& arguments, int output, int error, int input) const {
-    std::vector<std::string> words{QUARRY_BUILD_PREFIX "/bin/quarry"};
+    std::vector<std::string> words = launcher_;
+    words.emplace_back(QUARRY_BUILD_PREFIX "/bin/quarry");
     words.insert(words.end(), arguments.begin(), arguments.end());
     std::vector<std::string> environment;
     for (const auto& [name, value] : variables_) {
@@ -92,8 +93,8 @@ pid_t Surroundings::start(const std::vector<std::string>& arguments, int output,
     posix_spawn_file_actions_adddup2(&actions, error, STDERR_FILENO);
     posix_spawn_file_actions_addchdir_np(&actions, folder_.c_str());
     pid_t process = -1;
-    const int result = ::posix_spawn(&process, words[0].c_str(), &actions, nullptr, pointers(words).data(),
-                                     pointers(environment).data());
+    const int result = ::posix_spawnp(&process, words[0].c_str(), &actions, nullptr, pointers(words).data(),
+                                      pointers(environment).data());
     posix_spawn_file_actions_destroy(&actions);
     if (result != 0) {
         throw std::runtime_error("quarry cannot be started");

@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace quarry::test {
@@ -36,6 +37,8 @@ public:
     void addImporter(const std::string& executable, const std::string& extension) const;
 
     void setVariable(const std::string& name, const std::string& value) { variables_[name] = value; }
+    /// Words before the command, such as of a program that changes what it finds.
+    void setLauncher(std::vector<std::string> words) { launcher_ = std::move(words); }
 
     /// Starts `quarry ARGUMENTS` in the folder and returns its process. Its standard input is `input`, or empty.
     [[nodiscard]] pid_t start(const std::vector<std::string>& arguments, int output, int error, int input = -1) const;
@@ -52,6 +55,7 @@ public:
 private:
     std::filesystem::path folder_;
     std::map<std::string, std::string> variables_;
+    std::vector<std::string> launcher_;
 };
 
 /// The status of a process that ended, as in `Outcome`.
