@@ -41,9 +41,11 @@ Value valueOf(std::optional<Result> result) {
     return result ? Value(std::move(*result)) : Value();
 }
 
-/// The file's bytes, mapped; nobody reads them here.
+/// The file's bytes, mapped where they are sent as a memory file: nobody reads those here.
 Data bytesOf(const BatchRequest& request) {
-    return Data::contentsOfFile(request.path).value_or(Data());
+    constexpr std::size_t kMostInAMessage = std::size_t{1} << 20;
+    if (auto bytes = Data::contentsOfFile(request.path, kMostInAMessage)) return *bytes;
+    return Data::mappedContentsOfFile(request.path).value_or(Data());
 }
 
 constexpr std::array kOperations{
