@@ -124,12 +124,10 @@ void takeProperties(DocumentInformation& information, const librevenge::RVNGProp
         const librevenge::RVNGProperty* property = properties[name];
         return property != nullptr ? std::string(property->getStr().cstr()) : std::string();
     };
-    information.title = string("dc:title");
-    information.subject = string("dc:subject");
-    information.description = string("dc:description");
+    information.title = string("dc:subject");  // as the library calls the title
+    information.description = string("librevenge:comments");
     information.keywords = quarry::support::cleanList(string("meta:keyword"));
     information.authors = quarry::support::cleanList(string("meta:initial-creator"), ";");
-    if (information.authors.empty()) information.authors = quarry::support::cleanList(string("dc:creator"), ";");
 }
 
 /// A generator of text that keeps the properties, too.

@@ -61,10 +61,11 @@ std::string pages(const std::string& text, const std::string& before = {}) {
            text + "<sf:br/></sf:p></sf:layout></sf:section></sf:text-body></sf:text-storage></sl:document>";
 }
 
-TEST_F(IWorkImporterTest, ADocumentInXmlGivesItsText) {
+TEST_F(IWorkImporterTest, ADocumentInXmlGivesItsTitleAndText) {
     for (const Members& members :
          {Members{{"index.xml", pages("Some text")}}, Members{{"index.xml.gz", gzipped(pages("Some text"))}}}) {
         const auto result = metaDataOf(make("a.pages", members));
+        EXPECT_EQ(stringOf(result, u"kMDItemTitle"), u"A title");
         EXPECT_NE(stringOf(result, u"kMDItemTextContent").find(u"Some text"), std::u16string::npos);
     }
 }
