@@ -23,7 +23,7 @@ protected:
 
 TEST_F(AudioImporterTest, ReportsTagsAndSound) {
     const auto attributes =
-        tagged(textFrame("TIT2", "A  title\x01") + textFrame("TPE1", "Ann\0Bob") + textFrame("TALB", "Album") +
+        tagged(textFrame("TIT2", "A  title\x01") + textFrame("TPE1", "Ann") + textFrame("TALB", "Album") +
                    textFrame("TCOM", "Cy") + textFrame("TEXT", "Di") + textFrame("TCON", "Jazz") +
                    textFrame("TYER", "2004") + textFrame("TRCK", "3/12") + textFrame("TBPM", "120") +
                    textFrame("TCOP", "2004 Ed") + textFrame("TPUB", "Press"),

@@ -7,6 +7,7 @@ extern "C" {
 }
 
 #include <algorithm>
+#include <cstddef>
 #include <cstring>
 #include <memory>
 #include <stdexcept>
@@ -20,13 +21,14 @@ void require(bool condition, const char* what) {
 
 void fill(AVFrame& frame, int grey, bool isBlank) {
     for (int y = 0; y < frame.height; ++y) {
-        std::uint8_t* const row = frame.data[0] + y * frame.linesize[0];
+        std::uint8_t* const row = frame.data[0] + std::ptrdiff_t{y} * frame.linesize[0];
         std::memset(row, isBlank ? 16 : grey, static_cast<std::size_t>(frame.width / 2));
         std::memset(row + frame.width / 2, isBlank ? 16 : 235, static_cast<std::size_t>(frame.width - frame.width / 2));
     }
     for (int plane = 1; plane < 3; ++plane) {
         for (int y = 0; y < frame.height / 2; ++y)
-            std::memset(frame.data[plane] + y * frame.linesize[plane], 128, static_cast<std::size_t>(frame.width / 2));
+            std::memset(frame.data[plane] + std::ptrdiff_t{y} * frame.linesize[plane], 128,
+                        static_cast<std::size_t>(frame.width / 2));
     }
 }
 
