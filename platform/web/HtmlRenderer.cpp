@@ -95,6 +95,11 @@ public:
         if (isAlive && !worker_->send(frame, kLongestSend)) isAlive = false;
         return isAlive;
     }
+    /// Whether the worker has ended without our having been told yet.
+    [[nodiscard]] bool isClosed() const {
+        char byte = 0;
+        return isAlive && recv(worker_->channel(), &byte, 1, MSG_PEEK | MSG_DONTWAIT) == 0;
+    }
     [[nodiscard]] pid_t process() const { return worker_ ? worker_->processIdentifier() : 0; }
 
     bool isAlive = true;
@@ -137,19 +142,11 @@ private:
         } else if (frame.kind == FrameKind::page) {
             const auto job = jobs.find(frame.page);
             if (job == jobs.end()) return;
-            const auto status = static_cast<web::PageStatus>(fields.number());
-            if (const std::uint32_t now = fields.number(); now != 0) kilobytes = now;
-            web::PageContents contents;
-            contents.text = fields.bytes();
-            while (fields.isGood() && !fields.atEnd()) {
-                web::PageImage image;
-                image.address = fields.bytes();
-                image.mediaType = fields.bytes();
-                image.data = Data::copying(fields.bytes());
-                contents.images.push_back(std::move(image));
-            }
+            std::optional<web::PageReport> report = web::reportOfPage(frame.fields);
             job->second->isOver = true;
-            if (fields.isGood() && status != web::PageStatus::failed) job->second->contents = std::move(contents);
+            if (!report) return;
+            if (report->kilobytes != 0) kilobytes = report->kilobytes;
+            if (report->status != web::PageStatus::failed) job->second->contents = std::move(report->contents);
         }
     }
 
@@ -188,7 +185,7 @@ bool iterateUntil(Clock::time_point deadline, Condition isOver, Step step) {
 }  // namespace
 
 std::shared_ptr<HtmlRenderer::Link> HtmlRenderer::readyLink() {
-    if (link_ && !link_->isAlive) link_.reset();
+    if (link_ && (!link_->isAlive || link_->isClosed())) link_.reset();
     if (!link_) {
         auto link = std::make_shared<Link>();
         if (access(webWorkerPath().c_str(), X_OK) != 0) {

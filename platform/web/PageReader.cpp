@@ -279,6 +279,24 @@ private:
 
 }  // namespace
 
+std::optional<PageReport> reportOfPage(std::string_view fields) {
+    FrameReader reader(fields);
+    PageReport report;
+    const std::uint32_t status = reader.number();
+    if (status > static_cast<std::uint32_t>(PageStatus::failed)) return std::nullopt;
+    report.status = static_cast<PageStatus>(status);
+    report.kilobytes = reader.number();
+    report.contents.text = reader.bytes();
+    while (reader.isGood() && !reader.atEnd()) {
+        PageImage image;
+        image.address = reader.bytes();
+        image.mediaType = reader.bytes();
+        image.data = Data::copying(reader.bytes());
+        report.contents.images.push_back(std::move(image));
+    }
+    return reader.isGood() ? std::optional(std::move(report)) : std::nullopt;
+}
+
 std::optional<AttributedString> attributedStringOfPage(const PageContents& page) {
     const auto value = valueFromJson(page.text);
     const auto* contents = value ? value->as<Dictionary>() : nullptr;

@@ -2,10 +2,13 @@
 #pragma once
 
 #include "foundation/Data.h"
+#include "platform/web/Frames.h"
 #include "richtext/AttributedString.h"
 
+#include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace halden::web {
@@ -27,6 +30,16 @@ struct PageContents {
     std::string text;
     std::vector<PageImage> images;
 };
+
+/// What the worker says at the end of a page.
+struct PageReport {
+    PageStatus status = PageStatus::failed;
+    std::uint32_t kilobytes = 0;  ///< in use by the worker and all below it; 0: not measured this time
+    PageContents contents;
+};
+
+/// nullopt when the fields of a frame are not those of `FrameKind::page`.
+[[nodiscard]] std::optional<PageReport> reportOfPage(std::string_view fields);
 
 /// nullopt when the text is no such JSON. References to nothing are passed over.
 [[nodiscard]] std::optional<AttributedString> attributedStringOfPage(const PageContents& page);

@@ -83,6 +83,7 @@ void Page::open(WebKitWebView* related, bool withScripts) {
     mainWasSeen_ = false;
     otherNumber_ = 0;
     responses_ = 0;
+    commits_ = 0;
     cancellable_ = g_cancellable_new();
     view_ = engine_.makeView(related, withScripts);
     const auto connect = [this](const char* signal, GCallback callback) {
@@ -90,7 +91,8 @@ void Page::open(WebKitWebView* related, bool withScripts) {
     };
     connect("load-changed", G_CALLBACK(+[](WebKitWebView*, WebKitLoadEvent event, gpointer self) {
                 auto* page = static_cast<Page*>(self);
-                if (event == WEBKIT_LOAD_COMMITTED && page->phase_ != Phase::loading) return page->again();
+                // A second document in the place of the page: some addresses are gone to without a question.
+                if (event == WEBKIT_LOAD_COMMITTED && page->commits_++ > 0) return page->again();
                 if (event == WEBKIT_LOAD_FINISHED) page->loadFinished();
             }));
     connect("load-failed",
@@ -248,10 +250,16 @@ gboolean Page::decide(WebKitPolicyDecision* decision, WebKitPolicyDecisionType t
     }
     // The first is our own. A navigation that is refused here leaves the document alone; refused later, in the
     // extension, it would leave an empty one.
-    if (!mainWasSeen_ || request_.askNobody) return FALSE;
+    if (!mainWasSeen_) return FALSE;
     WebKitNavigationAction* action =
         webkit_navigation_policy_decision_get_navigation_action(WEBKIT_NAVIGATION_POLICY_DECISION(decision));
     const std::string address = webkit_uri_request_get_uri(webkit_navigation_action_get_request(action));
+    // Nobody needs an empty document in the place of one that is there, page or frame.
+    if (address == "about:blank") {
+        webkit_policy_decision_ignore(decision);
+        return TRUE;
+    }
+    if (request_.askNobody) return FALSE;
     g_object_ref(decision);
     ask_(address, {}, [decision](HookVerdict verdict) {
         if (verdict.verdict == Verdict::deny)

@@ -96,6 +96,7 @@ private:
     bool wasCut_ = false;
     bool isSecondTry_ = false;
     int responses_ = 0;
+    int commits_ = 0;  ///< documents that took the view's place, ours included
     std::string address_;
     std::map<std::string, HookVerdict> served_;
     PageResult result_;

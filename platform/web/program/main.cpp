@@ -16,6 +16,7 @@
 #include <memory>
 #include <set>
 #include <string>
+#include <utility>
 
 namespace quarry::web {
 namespace {
@@ -147,13 +148,14 @@ private:
     void keep(WebKitWebView* view) {
         keeper_ = WEBKIT_WEB_VIEW(g_object_ref(view));
         const auto gone = [](WebKitWebView*, WebKitWebProcessTerminationReason, gpointer self) {
-            const auto replace = [](gpointer data) -> gboolean {
-                auto* service = static_cast<Service*>(data);
-                g_clear_object(&service->keeper_);
-                if (!service->pages_.contains(0)) service->warmUp();
-                return G_SOURCE_REMOVE;
+            // No page may be related to it from now on; the view itself lives until its signal has ended.
+            auto* service = static_cast<Service*>(self);
+            g_idle_add_once([](gpointer held) { g_object_unref(held); }, std::exchange(service->keeper_, nullptr));
+            const auto replace = [](gpointer data) {
+                auto* one = static_cast<Service*>(data);
+                if (one->keeper_ == nullptr && !one->pages_.contains(0)) one->warmUp();
             };
-            g_idle_add(replace, self);
+            g_idle_add_once(replace, self);
         };
         g_signal_connect(keeper_, "web-process-terminated", G_CALLBACK(+gone), this);
     }

@@ -48,6 +48,11 @@ TEST_P(RemoteForbidden, ReachesNobody) {
                                                  filled("fetch('REMOTE/w');importScripts('REMOTE/i')", remote, near)));
     near.answer("/frame", LoopbackServer::ok("text/html", filled("<img src=REMOTE/f><script>fetch('REMOTE/g')</script>",
                                                                  remote, near)));
+    near.answer("/hop", LoopbackServer::redirect(near.address("localhost") + "/away"));
+    near.answer("/headers", "HTTP/1.1 200 OK\r\nContent-Type: text/html\r\nLink: <" + remote.address() +
+                                "/l>; rel=preload; as=image, <" + remote.address() +
+                                "/s.css>; rel=stylesheet\r\nRefresh: 0; url=" + remote.address() +
+                                "/r\r\nContent-Length: 1\r\nConnection: close\r\n\r\nx");
     RecordingDelegate delegate([&](const Url& url) {
         return utf8FromUtf16(url.absoluteString()).find(":" + remote.port()) == std::string::npos;
     });
@@ -113,6 +118,34 @@ constexpr Attempt kAttempts[] = {
      "<meta http-equiv=Content-Security-Policy content=\"img-src 'none'; report-uri REMOTE/r\"><img "
      "src=NEAR/x>"},
     {"baseElement", "<base href=REMOTE/><img src=x.gif width=9 height=9>"},
+    {"picturesOfStyles",
+     "<style>ul{list-style-image:url(REMOTE/l)} p{cursor:url(REMOTE/c),auto;border-image:url(REMOTE/b) 1;"
+     "mask-image:url(REMOTE/m)} p:after{content:url(REMOTE/a)} "
+     "div{background:image-set('REMOTE/i' 1x);filter:url(REMOTE/f#f);shape-outside:url(REMOTE/s);float:left}"
+     "</style><ul><li>x</ul><div>x</div>"},
+    {"oldPictures",
+     "<body background=REMOTE/b><table background=REMOTE/t><td>x</table><input type=image src=REMOTE/i>"},
+    {"reload",
+     "<script>if(!performance.getEntriesByType('navigation').some(n=>n.type=='reload'))location.reload()"
+     "</script>"},
+    {"formGet", "<form id=f action=REMOTE/g><input name=a></form><script>f.submit()</script>"},
+    {"formIntoFrame",
+     "<iframe name=t></iframe><form id=f target=t method=post action=REMOTE/p></form>"
+     "<script>f.submit()</script>"},
+    {"refreshInFrame", "<iframe srcdoc='<meta http-equiv=refresh content=\"0;url=REMOTE/r\">'></iframe>"},
+    {"frameOfScript", "<iframe src='javascript:fetch(`REMOTE/f`,{mode:`no-cors`});`<img src=REMOTE/j>`'></iframe>"},
+    {"headers", "<iframe src=NEAR/headers></iframe>"},
+    {"chainOfRedirects",
+     "<img src=NEAR/hop width=9 height=9><script>fetch('NEAR/hop').catch(()=>0);"
+     "let x=new XMLHttpRequest;x.open('GET','NEAR/hop');x.send()</script>"},
+    {"speculation",
+     "<script type=speculationrules>{\"prefetch\":[{\"source\":\"list\",\"urls\":[\"REMOTE/s\"]}],"
+     "\"prerender\":[{\"source\":\"list\",\"urls\":[\"REMOTE/r\"]}]}</script>"},
+    {"writtenWindow", "<script>let w=open('','_self');w.document.write('<img src=REMOTE/w>')</script>before"},
+    {"importMap",
+     "<script type=importmap>{\"imports\":{\"m\":\"REMOTE/m.js\"}}</script><script type=module>import 'm'"
+     "</script>"},
+    {"track", "<video><source src=REMOTE/s><track default src=REMOTE/t></video>"},
     {"peer",
      "<script>try{let p=new RTCPeerConnection({iceServers:[{urls:'stun:HOSTREMOTE'}]});"
      "p.createDataChannel('x');p.createOffer().then(o=>p.setLocalDescription(o))}catch(e){}</script>"},
@@ -120,6 +153,29 @@ constexpr Attempt kAttempts[] = {
 
 INSTANTIATE_TEST_SUITE_P(Attempts, RemoteForbidden, ::testing::ValuesIn(kAttempts),
                          [](const auto& attempt) { return std::string(attempt.param.name); });
+
+// The attempts above are ones that would reach somebody.
+TEST(RemoteAllowed, TheSameAttemptsReachTheServer) {
+    for (const Attempt& attempt : kAttempts) {
+        const std::string_view name = attempt.name;
+        const bool isOrdinary = name == "image" || name == "srcset" || name == "style" || name == "import" ||
+                                name == "background" || name == "font" || name == "script" || name == "frame" ||
+                                name == "fetch" || name == "xhr" || name == "syncXhr" || name == "eventSource" ||
+                                name == "svg" || name == "baseElement" || name == "insideFrame" ||
+                                name == "picturesOfStyles" || name == "oldPictures" || name == "frameOfScript" ||
+                                name == "importMap" || name == "redirectedImage" || name == "chainOfRedirects";
+        if (!isOrdinary) continue;
+        LoopbackServer remote;
+        LoopbackServer near;
+        near.answer("/away", LoopbackServer::redirect(remote.address() + "/secret"));
+        near.answer("/hop", LoopbackServer::redirect(near.address("localhost") + "/away"));
+        const std::string html = filled(attempt.markup, remote, near);
+        HtmlReadingOptions options{.timeout = 5};
+        options.baseURL = URLWithString(utf16FromUtf8(remote.address() + "/base"));
+        EXPECT_TRUE(renderer().attributedStringWithHTML(Data::copying(html), options)) << name;
+        EXPECT_GT(remote.visits(), 0) << name;
+    }
+}
 
 TEST(RemoteAllowed, ImagesStylesAndScriptsLoad) {
     LoopbackServer remote;
