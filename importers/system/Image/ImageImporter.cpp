@@ -2,6 +2,7 @@
 //
 // What the file says of itself, without decoding it; see platform/images/ImageProperties.h for the entries.
 #include "foundation/Unicode.h"
+#include "importers/system/Image/SvgText.h"
 #include "importers/system/support/Attributes.h"
 #include "platform/images/ImageProperties.h"
 #include "platform/images/ImagesEngine.h"
@@ -226,7 +227,16 @@ void setDates(Attributes& attributes, const Dictionary& properties) {
                        dateOf(textOf(tiff.find(u"DateTime")), textOf(exif.find(u"OffsetTime"))));
 }
 
-bool importImage(Attributes& attributes, std::string_view, const char* path) {
+/// A packed graphic keeps its words to itself: it is no XML as it stands.
+void setWords(Attributes& attributes, const halden::Data& file) {
+    const auto bytes = file.span();
+    const auto words = quarry::image::textOfSvg({reinterpret_cast<const char*>(bytes.data()), bytes.size()});
+    attributes.setLine("kMDItemTitle", words.title);
+    attributes.setLine("kMDItemDescription", words.description);
+    attributes.setText("kMDItemTextContent", words.text);
+}
+
+bool importImage(Attributes& attributes, std::string_view contentType, const char* path) {
     auto file = halden::Data::contentsOfFile(path, kMaxReadSize);
     if (!file) file = halden::Data::mappedContentsOfFile(path);
     const halden::ImagesEngine* engine = halden::imagesEngineStatus().engine;
@@ -258,6 +268,7 @@ bool importImage(Attributes& attributes, std::string_view, const char* path) {
     if (authors.empty()) authors = textsOf(groupOf(*properties, halden::kTIFFDictionary).find(u"Artist"));
     if (authors.empty()) authors = textsOf(groupOf(*properties, halden::kPNGDictionary).find(u"Author"));
     attributes.setLines("kMDItemAuthors", authors);
+    if (contentType == "public.svg-image") setWords(attributes, *file);
     return true;
 }
 

@@ -55,5 +55,20 @@ TEST_F(ImageImporterTest, ReportsNothingOfWhatIsNoPicture) {
     }
 }
 
+TEST_F(ImageImporterTest, AVectorGraphicGivesItsWords) {
+    const auto svg = [](const std::string& before, const std::string& text) {
+        return before +
+               "<svg xmlns='http://www.w3.org/2000/svg' width='10' height='20'><title>A  title</title>"
+               "<desc>About</desc><g><title>no</title><text>One <tspan>two</tspan></text></g><text>" +
+               text + "</text><style>no</style></svg>";
+    };
+    const auto result = metaData("a.svg", svg("", "&lt;three"));
+    EXPECT_EQ(stringOf(result, u"kMDItemTitle"), u"A title");
+    EXPECT_EQ(stringOf(result, u"kMDItemDescription"), u"About");
+    EXPECT_EQ(stringOf(result, u"kMDItemTextContent"), u"One two\n<three\n");
+    const auto entity = metaData("b.svg", svg("<!DOCTYPE svg [<!ENTITY a SYSTEM 'file:///etc/passwd'>]>", "&a;"));
+    EXPECT_EQ(stringOf(entity, u"kMDItemTextContent"), u"(none)");
+}
+
 }  // namespace
 }  // namespace quarry::test
