@@ -21,7 +21,7 @@ struct WorkerOptions {
     unsigned slots = 1;
     tools::BatchSlotOptions slot;
     halden::JsonData data = halden::JsonData::summary;
-    std::string operation = "metadata";  ///< of requests that name none
+    std::string operation = "document";  ///< of requests that name none
     bool untilEmpty = false;             ///< ends when there is no work any more
 };
 

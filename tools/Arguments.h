@@ -24,7 +24,7 @@ struct DocumentOptions {
 /// How many documents are to be worked on.
 struct BatchArguments {
     unsigned slots = 0;  ///< helpers; 0: one a processor
-    std::string operation = "metadata";
+    std::string operation = "document";
     std::vector<std::string> include;  ///< patterns
     std::vector<std::string> exclude;
     std::string journal;  ///< path; empty: none

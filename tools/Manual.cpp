@@ -107,9 +107,9 @@ constexpr std::array kImporterOptions{
 constexpr OptionText kHelpers{"-j", "N", "",
                               "How many helpers work at the same time; by default one for each processor."};
 constexpr OptionText kOperation{
-    "--op", "NAME", "metadata supports pdf image pdf-data poster richtext webarchive html",
-    "What is asked about each document, metadata with its text by default: the name of the command that asks "
-    "it, or the operation's selector."};
+    "--op", "NAME", "document metadata supports pdf image pdf-data poster richtext webarchive html",
+    "What is asked about each document. By default 'document': its metadata, with the text that 'quarry text' prints. "
+    "Else the name of the command that asks it, or the operation's selector."};
 constexpr OptionText kInclude{"--include", "PATTERN", "",
                               "Take only the files of folders whose names match; may be repeated.", true};
 constexpr OptionText kExclude{

@@ -3,6 +3,7 @@
 #include "foundation/Json.h"
 #include "foundation/Path.h"
 #include "foundation/Unicode.h"
+#include "tools/DocumentText.h"
 
 #include <fmt/format.h>
 
@@ -49,6 +50,10 @@ Data bytesOf(const BatchRequest& request) {
 }
 
 constexpr std::array kOperations{
+    BatchOperation{"document", "", true,
+                   [](HaldenImExportProxy& helper, const BatchRequest& request) {
+                       return valueOf(metadataAndText(helper, pathOf(request)));
+                   }},
     BatchOperation{"metadata", "metaDataForFile:", true,
                    [](HaldenImExportProxy& helper, const BatchRequest& request) {
                        return valueOf(helper.metaDataForFile(pathOf(request)));
@@ -145,7 +150,7 @@ void takeField(BatchRequest& request, std::u16string_view name, const Value& val
 
 const BatchOperation* findBatchOperation(std::string_view nameOrSelector) noexcept {
     const auto operation = std::ranges::find_if(kOperations, [&](const BatchOperation& candidate) {
-        return candidate.name == nameOrSelector || candidate.selector == nameOrSelector;
+        return candidate.name == nameOrSelector || (!nameOrSelector.empty() && candidate.selector == nameOrSelector);
     });
     return operation == kOperations.end() ? nullptr : &*operation;
 }

@@ -16,7 +16,7 @@ struct BatchRequest;
 /// Something a helper can be asked about a document.
 struct BatchOperation {
     std::string_view name;      ///< as the command that asks it is called: "metadata"
-    std::string_view selector;  ///< "metaDataForFile:"
+    std::string_view selector;  ///< "metaDataForFile:"; empty where several are asked
     bool wantsText = false;     ///< a result without text is an empty one
     /// The result, NSNull for nil and NO. Throws what the proxy throws.
     halden::Value (*ask)(halden::HaldenImExportProxy& helper, const BatchRequest& request) = nullptr;

@@ -110,7 +110,7 @@ TEST_F(Batch, EveryDocumentHasOneLineWhateverItDoesToItsHelper) {
     document("b.aborts");
     document("c.hangs");
     document("d.grows");
-    document("e.nothing");
+    document("e.nothing", "");
     document("f.txt", "  \n");
     document("g.good");
     ::mkfifo((folder() / "h").c_str(), 0600);
@@ -176,6 +176,32 @@ TEST_F(Batch, LinesOfJsonAreRequests) {
         EXPECT_NE(textOf(lines[i].fields, u"error"), "") << i;
     }
     EXPECT_EQ(*lines[8].fields.find(u"id"), Value(u"no line feed"));
+}
+
+// Where the importer has no text, or there is none, the readers that `quarry text` asks give it.
+TEST_F(Batch, ADocumentHasItsMetadataAndItsBestText) {
+    document("a.txt", "plain");
+    document("b.unheard-of", "{\\rtf1 rich}");
+    document("c.good");
+    const auto textsOf = [&](const std::vector<std::string>& options) {
+        std::vector<std::string> command{"batch", "--ordered", "--quiet"};
+        command.insert(command.end(), options.begin(), options.end());
+        command.emplace_back("documents");
+        std::vector<std::string> texts;
+        for (const Line& line : linesOf(surroundings_.run(command).out)) {
+            const auto* result = line.fields.find(u"result")->as<Dictionary>();
+            texts.push_back(result != nullptr ? textOf(*result, u"kMDItemTextContent") : line.status);
+        }
+        return texts;
+    };
+    const std::vector<std::string> best = textsOf({});
+    const std::vector<std::string> ofImporters = textsOf({"--op", "metadata"});
+    ASSERT_EQ(best.size(), 3U);
+    ASSERT_EQ(ofImporters.size(), 3U);
+    EXPECT_EQ(best[0], "plain");
+    EXPECT_EQ(best[1], "rich");
+    EXPECT_EQ(ofImporters[1], "none");
+    EXPECT_EQ(best[2], ofImporters[2]);
 }
 
 TEST_F(Batch, NamesAreBytes) {
