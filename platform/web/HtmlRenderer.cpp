@@ -299,6 +299,8 @@ std::optional<AttributedString> HtmlRenderer::attributedStringWithHTML(const Dat
     renewIfDue();
     if (!job.contents) {
         if (job.isOver) logWarning("The web engine did not render a page.");
+        // What was wrong with its processes may still be; pages that are under way keep it.
+        if (link_ == link) link_.reset();
         return std::nullopt;
     }
     return web::attributedStringOfPage(*job.contents);
