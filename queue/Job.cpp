@@ -47,8 +47,7 @@ void makeConsumer(jsCtx* context, const std::string& stream, const char* name, s
     check(jsConsumerConfig_Init(&config), "consumer");
     // Later deliveries wait longer. Not much: after a crash of the server its consumer may wait for a message that is
     // gone, until the last of them has passed.
-    std::array<std::int64_t, 4> backOff{kAcknowledgeWait, kAcknowledgeWait, 2 * kAcknowledgeWait,
-                                        4 * kAcknowledgeWait};
+    std::array<std::int64_t, 4> backOff{kAcknowledgeWait, kAcknowledgeWait, 2 * kAcknowledgeWait, 4 * kAcknowledgeWait};
     config.Durable = name;
     config.AckPolicy = js_AckExplicit;
     config.MaxAckPending = kMostRunning;
@@ -117,10 +116,11 @@ JobNumbers Job::numbers(jsCtx* context) const {
     jsConsumerInfo* info = nullptr;
     check(js_GetConsumerInfo(&info, context, workStream().c_str(), kWorkers, nullptr, &code), workStream(), code);
     const ConsumerInfoOwner owner(info);
-    // After a crash of the server its consumer may wait for messages that are gone.
+    // After a crash of the server its consumer may wait for messages that are gone, and know nothing of some that are
+    // not.
     const std::uint64_t messages = infoOf(context, workStream())->State.Msgs;
-    numbers.pending = std::min(info->NumPending, messages);
-    numbers.running = std::min(static_cast<std::uint64_t>(info->NumAckPending), messages - numbers.pending);
+    numbers.running = std::min(static_cast<std::uint64_t>(info->NumAckPending), messages);
+    numbers.pending = messages - numbers.running;
     numbers.redelivered = std::min(static_cast<std::uint64_t>(info->NumRedelivered), numbers.running);
     numbers.results = infoOf(context, resultStream())->State.LastSeq;
     numbers.dead = infoOf(context, deadStream())->State.Msgs;
@@ -131,20 +131,27 @@ std::string Job::advisorySubject() const {
     return fmt::format("$JS.EVENT.ADVISORY.CONSUMER.MAX_DELIVERIES.{}.{}", workStream(), kWorkers);
 }
 
-void Job::dropAcknowledged(jsCtx* context) const {
+std::uint64_t Job::forgotten(jsCtx* context) const {
     jsErrCode code{};
     jsConsumerInfo* info = nullptr;
-    check(js_GetConsumerInfo(&info, context, workStream().c_str(), kWorkers, nullptr, &code), workStream(), code);
+    const natsStatus status = js_GetConsumerInfo(&info, context, workStream().c_str(), kWorkers, nullptr, &code);
     const ConsumerInfoOwner owner(info);
-    const std::uint64_t floor = info->AckFloor.Stream;
-    const StreamInfoOwner stream = infoOf(context, workStream());
-    if (stream->State.Msgs == 0 || stream->State.FirstSeq > floor) {
-        return;
+    if (status != NATS_NOT_FOUND) {  // a worker that makes it anew may have ended before it did
+        check(status, workStream(), code);
+        if (info->NumPending != 0 || info->NumAckPending != 0) {
+            return 0;
+        }
     }
-    jsOptions options;
-    check(jsOptions_Init(&options), "options");
-    options.Stream.Purge.Sequence = floor + 1;
-    check(js_PurgeStream(context, workStream().c_str(), &options, &code), workStream(), code);
+    return infoOf(context, workStream())->State.Msgs;
+}
+
+void Job::deliverAgain(jsCtx* context) const {
+    jsErrCode code{};
+    const natsStatus status = js_DeleteConsumer(context, workStream().c_str(), kWorkers, nullptr, &code);
+    if (status != NATS_NOT_FOUND) {  // another worker may be doing the same
+        check(status, workStream(), code);
+    }
+    makeConsumer(context, workStream(), kWorkers, kMostDeliveries);
 }
 
 SubscriptionOwner Job::subscribeToWork(jsCtx* context) const {

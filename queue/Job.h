@@ -21,7 +21,7 @@ inline constexpr std::int64_t kMostDeliveries = 5;
 inline constexpr std::int64_t kAcknowledgeWait = 10'000'000'000;
 
 struct JobNumbers {
-    std::uint64_t pending = 0;      ///< messages nobody has yet
+    std::uint64_t pending = 0;      ///< messages nobody has
     std::uint64_t running = 0;      ///< messages at workers
     std::uint64_t redelivered = 0;  ///< of these, how many not for the first time
     std::uint64_t results = 0;      ///< results so far, parts counted
@@ -51,9 +51,11 @@ public:
     /// Throws `QueueError` when the job is not there.
     [[nodiscard]] JobNumbers numbers(jsCtx* context) const;
 
-    /// Drops messages that were acknowledged and are there all the same, as after a crash of the server. Throws
-    /// `QueueError`.
-    void dropAcknowledged(jsCtx* context) const;
+    /// The messages of the work stream, where the server says that it has delivered all of them and waits for none:
+    /// after a crash it may have lost sight of some, done or not. 0 otherwise. Throws `QueueError`.
+    [[nodiscard]] std::uint64_t forgotten(jsCtx* context) const;
+    /// Makes the workers' consumer anew, which delivers again whatever is in the work stream. Throws `QueueError`.
+    void deliverAgain(jsCtx* context) const;
 
     /// The durable consumers that all workers share, and that of who collects results. Throw `QueueError`.
     [[nodiscard]] SubscriptionOwner subscribeToWork(jsCtx* context) const;

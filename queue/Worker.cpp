@@ -111,8 +111,8 @@ void Worker::fetch() {
         }
     } else if (status != NATS_TIMEOUT) {
         std::this_thread::sleep_for(500ms);  // the connection comes back by itself
-    } else if (options_.untilEmpty && isIdle()) {
-        stops_ = true;
+    } else {
+        waitedInVain();
     }
     natsMsgList_Destroy(&list);
 }
@@ -132,20 +132,29 @@ void Worker::accept(natsMsg* message) {
     changed_.notify_all();
 }
 
-/// Whether nobody has anything to do, here or elsewhere.
-bool Worker::isIdle() const {
+/// There was no message for a while. Messages that the server has lost sight of are delivered again, all of them, done
+/// or not: a result that is there already is merged. What is seen twice in a row is no message on its way out.
+void Worker::waitedInVain() {
     {
         const std::scoped_lock lock(mutex_);
         if (!held_.empty()) {
-            return false;
+            return;
         }
     }
     try {
-        job_.dropAcknowledged(context_.get());
-        const JobNumbers numbers = job_.numbers(context_.get());
-        return numbers.pending == 0 && numbers.running == 0;
+        const std::uint64_t forgotten = job_.forgotten(context_.get());
+        if (forgotten != 0 && std::exchange(forgotten_, forgotten) == forgotten) {
+            job_.deliverAgain(context_.get());
+            forgotten_ = 0;
+        } else if (forgotten == 0) {
+            forgotten_ = 0;
+            const JobNumbers numbers = job_.numbers(context_.get());
+            if (options_.untilEmpty && numbers.pending == 0 && numbers.running == 0) {
+                stops_ = true;
+            }
+        }
     } catch (const QueueError&) {
-        return false;
+        return;  // the connection comes back by itself
     }
 }
 

@@ -65,7 +65,7 @@ private:
     void buryGivenUp(natsSubscription* advisories);
     void commitFolder();
     void fail(const std::string& problem);
-    [[nodiscard]] bool isIdle() const;
+    void waitedInVain();
 
     const Connection& connection_;
     const Job& job_;
@@ -85,6 +85,7 @@ private:
     std::vector<DeliveryPointer> uncommitted_;
     tools::BatchTally tally_;
     std::string problem_;
+    std::uint64_t forgotten_ = 0;  // messages that the server had lost sight of, the last time
 };
 
 }  // namespace quarry::queue
