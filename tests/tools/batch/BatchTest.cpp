@@ -63,7 +63,7 @@ std::string contents(const fs::path& path) {
 class Batch : public ::testing::Test {
 protected:
     void SetUp() override {
-        for (const char* name : {"Good", "Aborts", "Hangs", "Grows"}) {
+        for (const char* name : {"Good", "Aborts", "Hangs", "Grows", "Prints"}) {
             std::string extension = name;
             extension.front() = static_cast<char>(std::tolower(extension.front()));
             surroundings_.addImporter(name, extension);
@@ -116,6 +116,8 @@ TEST_F(Batch, EveryDocumentHasOneLineWhateverItDoesToItsHelper) {
     ::mkfifo((folder() / "h").c_str(), 0600);
     fs::create_symlink(".", folder() / "i");
     fs::create_symlink("nowhere", folder() / "j");
+    document("k.prints");
+    fs::create_symlink("/dev/zero", folder() / "l.good");
     const Outcome outcome = surroundings_.run(
         {"batch", "--ordered", "-j", "3", "--timeout", "3", "--memory", "300M", "documents", "missing.good"});
     EXPECT_EQ(outcome.status, 3) << outcome.error;
@@ -125,10 +127,11 @@ TEST_F(Batch, EveryDocumentHasOneLineWhateverItDoesToItsHelper) {
         std::string status;
         int attempts;
     };
-    const Row rows[] = {{"a.good", "ok", 1},   {"b.aborts", "crash", 2},      {"c.hangs", "timeout", 2},
-                        {"d.grows", "oom", 2}, {"e.nothing", "none", 1},      {"f.txt", "empty", 1},
-                        {"g.good", "ok", 1},   {"h", "missing", 0},           {"i", "missing", 0},
-                        {"j", "missing", 0},   {"missing.good", "missing", 0}};
+    const Row rows[] = {{"a.good", "ok", 1},           {"b.aborts", "crash", 2}, {"c.hangs", "timeout", 2},
+                        {"d.grows", "oom", 2},         {"e.nothing", "none", 1}, {"f.txt", "empty", 1},
+                        {"g.good", "ok", 1},           {"h", "missing", 0},      {"i", "missing", 0},
+                        {"j", "missing", 0},           {"k.prints", "ok", 1},    {"l.good", "missing", 0},
+                        {"missing.good", "missing", 0}};
     ASSERT_EQ(lines.size(), std::size(rows)) << outcome.out;
     for (std::size_t i = 0; i < lines.size(); ++i) {
         EXPECT_EQ(lines[i].name, rows[i].name);
@@ -137,8 +140,8 @@ TEST_F(Batch, EveryDocumentHasOneLineWhateverItDoesToItsHelper) {
         EXPECT_EQ(*lines[i].fields.find(u"id"), Value(static_cast<std::int64_t>(i + 1)));
         EXPECT_TRUE(lines[i].fields.contains(u"milliseconds") && lines[i].fields.contains(u"result"));
     }
-    EXPECT_NE(outcome.error.find("quarry: 11 documents in "), std::string::npos) << outcome.error;
-    EXPECT_NE(outcome.error.find("2 ok, 1 empty, 1 none, 4 missing, 1 timeout, 1 crash, 1 oom\n"), std::string::npos);
+    EXPECT_NE(outcome.error.find("quarry: 13 documents in "), std::string::npos) << outcome.error;
+    EXPECT_NE(outcome.error.find("3 ok, 1 empty, 1 none, 5 missing, 1 timeout, 1 crash, 1 oom\n"), std::string::npos);
 }
 
 TEST_F(Batch, LinesOfJsonAreRequests) {
@@ -232,6 +235,17 @@ TEST_F(Batch, WhatIsDoneAndUnchangedIsLeftOut) {
     EXPECT_EQ(linesOf(surroundings_.run({"batch", "--op", "supports", "--journal", "done", "documents"}).out).size(),
               21U);
     EXPECT_EQ(surroundings_.run({"batch", "--journal", "done", "--output", "results", "documents"}).status, 2);
+}
+
+TEST_F(Batch, ManySmallDocumentsHaveOneLineEach) {
+    const char* const wanted = std::getenv("QUARRY_BATCH_DOCUMENTS");  // 200000 for a longer run
+    const int count = wanted != nullptr ? std::atoi(wanted) : 1500;
+    documents(count);
+    const Outcome outcome = surroundings_.run({"batch", "-j", "2", "--output", "results", "--quiet", "documents"});
+    EXPECT_EQ(outcome.status, 0) << outcome.error;
+    const auto counts = linesInShards(surroundings_.folder() / "results");
+    EXPECT_EQ(counts.size(), static_cast<std::size_t>(count));
+    EXPECT_TRUE(std::ranges::all_of(counts, [](const auto& entry) { return entry.second == 1; }));
 }
 
 // Whenever the supervisor is killed, the run after it goes on: no line is lost, and none is there twice.
