@@ -1,5 +1,7 @@
 #include "importers/system/Text/PlainText.h"
 
+#include "importers/system/Text/GuessedEncoding.h"
+
 #include <utility>
 
 namespace quarry::text {
@@ -153,8 +155,9 @@ std::optional<std::string> cleanTextOfBytes(std::string_view bytes, Extent exten
         return fromUtf16(bytes.substr(2), ByteOrder::bigEndian).text;
     }
     if (bytes.find('\0') != std::string_view::npos) return fromUnmarkedUtf16(bytes);
-    auto text = fromUtf8(bytes, extent);
-    return text ? std::move(text) : fromLatin1(bytes);
+    if (auto text = fromUtf8(bytes, extent)) return text;
+    const auto guessed = fromGuessedEncoding(bytes, extent == Extent::beginning);
+    return guessed ? fromUtf8(*guessed, Extent::whole) : fromLatin1(bytes);
 }
 
 }  // namespace quarry::text
