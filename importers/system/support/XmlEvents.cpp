@@ -1,8 +1,10 @@
 #include "importers/system/support/XmlEvents.h"
 
 #include <expat.h>
+#include <unicode/ucnv.h>
 
 #include <algorithm>
+#include <memory>
 
 namespace quarry::support {
 namespace {
@@ -11,6 +13,25 @@ constexpr char kSeparator = ' ';
 
 std::string_view localPart(std::string_view name) noexcept {
     return name.substr(name.rfind(kSeparator) + 1);  // npos + 1 is 0
+}
+
+/// Encodings of one byte a character; of others the reader knows UTF-8 and UTF-16.
+int describeEncoding(void*, const XML_Char* name, XML_Encoding* encoding) {
+    UErrorCode error = U_ZERO_ERROR;
+    const std::unique_ptr<UConverter, decltype(&ucnv_close)> converter(ucnv_open(name, &error), &ucnv_close);
+    if (U_FAILURE(error) || ucnv_getMaxCharSize(converter.get()) != 1) return XML_STATUS_ERROR;
+    for (int byte = 0; byte < 256; ++byte) {
+        const char c = static_cast<char>(byte);
+        char16_t units[4];
+        error = U_ZERO_ERROR;
+        const std::int32_t length = ucnv_toUChars(converter.get(), units, 4, &c, 1, &error);
+        const bool isCharacter = U_SUCCESS(error) && length == 1 && units[0] != 0xFFFD;
+        encoding->map[byte] = isCharacter ? units[0] : -1;
+    }
+    encoding->data = nullptr;
+    encoding->convert = nullptr;
+    encoding->release = nullptr;
+    return XML_STATUS_OK;
 }
 
 }  // namespace
@@ -71,6 +92,7 @@ XmlReader::XmlReader(XmlHandlers handlers) : state_(new State{.handlers = std::m
     XML_SetElementHandler(state_->parser, State::start, State::end);
     XML_SetCharacterDataHandler(state_->parser, State::text);
     XML_SetEntityDeclHandler(state_->parser, State::declareEntity);
+    XML_SetUnknownEncodingHandler(state_->parser, describeEncoding, nullptr);
     XML_UseForeignDTD(state_->parser, XML_FALSE);
 }
 

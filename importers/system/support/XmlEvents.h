@@ -33,8 +33,8 @@ struct XmlHandlers {
 /// Elements inside one another; reading ends at one that is deeper.
 inline constexpr int kMaxXmlDepth = 1024;
 
-/// Takes a document piece by piece. A document type with declarations of entities, as bombs have it, ends the reading;
-/// nothing outside the bytes is read.
+/// Takes a document piece by piece, in UTF-8, UTF-16 or the encoding of one byte a character that it declares. A
+/// document type with declarations of entities, as bombs have it, ends the reading; nothing outside the bytes is read.
 class XmlReader {
 public:
     explicit XmlReader(XmlHandlers handlers);
