@@ -1,5 +1,7 @@
 #include "platform/images/module/Tiff.h"
 
+#include "platform/images/module/Lzw.h"
+
 #include <tiffio.h>
 
 #include <algorithm>
@@ -87,9 +89,9 @@ std::optional<Data> tiffFromBitmap(const Bitmap& bitmap) {
         TIFFClientOpen("thumbnail", "wlm", &memory, readFrom, writeTo, seekIn, closeNothing, sizeOf, nullptr, nullptr));
     if (!tiff) return std::nullopt;
     describe(tiff.get(), bitmap);
-    // The library takes no constant bytes, and changes these only where the byte order asks for it: never for 8 bits.
-    const bool isWritten = TIFFWriteEncodedStrip(tiff.get(), 0, const_cast<std::uint8_t*>(bitmap.pixels.data()),
-                                                 static_cast<tmsize_t>(bitmap.rowLength() * bitmap.height)) >= 0 &&
+    std::vector<std::uint8_t> strip =
+        lzwEncoded(std::span(bitmap.pixels).first(static_cast<std::size_t>(bitmap.rowLength()) * bitmap.height));
+    const bool isWritten = TIFFWriteRawStrip(tiff.get(), 0, strip.data(), static_cast<tmsize_t>(strip.size())) >= 0 &&
                            TIFFFlush(tiff.get()) == 1;
     tiff.reset();
     if (!isWritten) return std::nullopt;

@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <random>
+
 namespace halden::test {
 namespace {
 
@@ -23,6 +25,28 @@ TEST(ThumbForSize, ReducesAndRoundsDown) {
     for (const auto& [size, thumb] : rows)
         EXPECT_EQ(thumbForSize(maximum, size), thumb) << size.width << " " << size.height;
     EXPECT_EQ(thumbForSize({100.7, 20.9}, {1000, 1000}), (Size{20, 20}));
+}
+
+TEST(Tiff, PixelsOfEveryKindComeBackThroughTheLibrary) {
+    const ImagesEngine* engine = imagesEngineStatus().engine;
+    ASSERT_NE(engine, nullptr) << imagesEngineStatus().reason;
+    std::minstd_rand random(11);
+    const auto sameAsBefore = [&](int width, int height, int channels, unsigned shades) {
+        Bitmap bitmap{.width = width, .height = height, .channels = channels, .pixels = {}};
+        for (std::size_t i = 0; i < bitmap.rowLength() * static_cast<std::size_t>(height); ++i)
+            bitmap.pixels.push_back(static_cast<std::uint8_t>(random() / 7 % shades * 255 / std::max(1U, shades - 1)));
+        const auto tiff = engine->tiffFromBitmap(bitmap);
+        const auto again = tiff ? decodedTiff(*tiff) : std::nullopt;
+        return again && again->bitmap.width == width && again->bitmap.pixels == bitmap.pixels;
+    };
+    // The table of strings fills after some thousand bytes of noise, and never in a picture of one shade.
+    for (const unsigned shades : {1U, 2U, 5U, 256U}) {
+        for (int width = 1; width < 40; ++width)
+            EXPECT_TRUE(sameAsBefore(width, 1 + width % 3, 3 + width % 2, shades)) << width << " " << shades;
+        for (int width = 1270; width < 1300; ++width)
+            EXPECT_TRUE(sameAsBefore(width, 1, 3, shades)) << width << " " << shades;
+        EXPECT_TRUE(sameAsBefore(300, 200, 4, shades)) << shades;
+    }
 }
 
 TEST(Image, IsValidWithAnAreaAndARepresentation) {
