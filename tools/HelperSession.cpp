@@ -68,7 +68,18 @@ bool HelperSession::connect() {
         return false;
     }
     // A helper that somebody else started is neither watched nor ended.
-    watch_.watch(isOurs(*rootProxy_) ? rootProxy_->processIdentifier() : 0);
+    if (!isOurs(*rootProxy_)) {
+        watch_.watch(0);
+        return true;
+    }
+    const pid_t helper = rootProxy_->processIdentifier();
+    watch_.watch(helper);
+    if (options_.memory != 0) {
+        group_ = MemoryGroup::makeHere(options_.memory);
+    }
+    if (group_ && !group_->take(helper)) {
+        group_.reset();
+    }
     return true;
 }
 
@@ -84,6 +95,7 @@ void HelperSession::endHelper() {
         killTree(*child);
         task_->terminate();
     }
+    group_.reset();
 }
 
 HelperFailure HelperSession::afterFailure(const halden::ConnectionException& exception) {
@@ -102,6 +114,10 @@ HelperFailure HelperSession::afterFailure(const halden::ConnectionException& exc
                 failure.kind = HelperFailure::Kind::memory;
                 failure.explanation = fmt::format("the helper grew to {}, beyond {}, and was ended",
                                                   sizeFromBytes(*resident), sizeFromBytes(options_.memory));
+            } else if (group_ && group_->hasKilled()) {
+                failure.kind = HelperFailure::Kind::memory;
+                failure.explanation =
+                    fmt::format("the helper grew beyond {}, and was ended", sizeFromBytes(options_.memory));
             }
             break;
         default:

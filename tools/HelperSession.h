@@ -5,9 +5,11 @@
 #include "platform/ipc/ConnectionException.h"
 #include "platform/ipc/HaldenImExport.h"
 #include "tools/Arguments.h"
+#include "tools/MemoryGroup.h"
 #include "tools/MemoryWatch.h"
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <type_traits>
 #include <variant>
@@ -67,6 +69,7 @@ private:
     std::shared_ptr<halden::RootProxy> rootProxy_;
     std::string connectionError_;
     MemoryWatch watch_;
+    std::optional<MemoryGroup> group_;  // of the helper, where the system lets us make one
 };
 
 }  // namespace quarry::tools

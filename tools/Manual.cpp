@@ -22,8 +22,8 @@ constexpr std::array kDocumentOptions{
     OptionText{
         "--memory", "SIZE", "",
         "Kill the helper when its resident memory, with that of its workers, exceeds this size. SIZE is a number "
-        "of bytes, with K, M, G or T for powers of 1024: 512M, 1.5G. Looked at some twenty times a second; no "
-        "limit by default."},
+        "of bytes, with K, M, G or T for powers of 1024: 512M, 1.5G. Looked at some twenty times a second, and "
+        "held by a control group where the system hands you one; no limit by default."},
     OptionText{"--shared", "", "",
                "Reuse the helper that is registered in your registry folder, if there is one; one that has to be "
                "launched registers there and ends with the command. Otherwise every command has a helper and a "
