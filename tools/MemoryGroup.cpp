@@ -21,7 +21,7 @@ namespace {
 namespace fs = std::filesystem;
 using namespace std::chrono_literals;
 
-constexpr std::size_t kMostText = 64 * 1024;
+constexpr std::size_t kMostText = std::size_t{64} << 10;
 constexpr auto kLongestEnd = 1s;
 
 std::string contentsOf(const fs::path& file) {
@@ -125,8 +125,11 @@ std::optional<MemoryGroup> MemoryGroup::make(const fs::path& root, std::string_v
         eventsFile = "memory.oom_control";
     } else if (const auto unified = groupIn(processGroups, "")) {
         folder = root / *unified;
-        if (!handsMemoryOn(folder) && (unified->empty() || !handsMemoryOn(folder = folder.parent_path()))) {
-            return std::nullopt;
+        if (!handsMemoryOn(folder)) {
+            folder = folder.parent_path();
+            if (unified->empty() || !handsMemoryOn(folder)) {
+                return std::nullopt;
+            }
         }
     } else {
         return std::nullopt;

@@ -10,8 +10,8 @@
 namespace quarry::text {
 namespace {
 
-constexpr std::size_t kLeastTelling = 8;         // bytes beyond ASCII; fewer fit any language
-constexpr std::size_t kMostLooked = 256 * 1024;  // bytes; more tell nothing new
+constexpr std::size_t kLeastTelling = 8;                     // bytes beyond ASCII; fewer fit any language
+constexpr std::size_t kMostLooked = std::size_t{256} << 10;  // bytes; more tell nothing new
 
 struct Close {
     void operator()(uchardet* detector) const noexcept { uchardet_delete(detector); }
