@@ -110,11 +110,8 @@ HelperFailure HelperSession::afterFailure(const halden::ConnectionException& exc
         case halden::ConnectionFailure::peerDied:
             failure.kind = HelperFailure::Kind::crash;
             failure.explanation = "the helper crashed";
-            if (const auto resident = watch_.exceeded()) {
-                failure.kind = HelperFailure::Kind::memory;
-                failure.explanation = fmt::format("the helper grew to {}, beyond {}, and was ended",
-                                                  sizeFromBytes(*resident), sizeFromBytes(options_.memory));
-            } else if (group_ && group_->hasKilled()) {
+            // The watch and the system's own bound race; what is said is the same.
+            if (watch_.exceeded() || (group_ && group_->hasKilled())) {
                 failure.kind = HelperFailure::Kind::memory;
                 failure.explanation =
                     fmt::format("the helper grew beyond {}, and was ended", sizeFromBytes(options_.memory));
