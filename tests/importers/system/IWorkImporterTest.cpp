@@ -1,7 +1,6 @@
 #include "tests/importers/system/SystemBundles.h"
+#include "tests/importers/system/ZipPackage.h"
 
-#include <archive.h>
-#include <archive_entry.h>
 #include <zlib.h>
 
 #include <cstdlib>
@@ -9,30 +8,10 @@
 namespace quarry::test {
 namespace {
 
-using Members = std::vector<std::pair<std::string, std::string>>;
-
 class IWorkImporterTest : public SystemBundles {
 protected:
     std::filesystem::path make(const std::string& name, const Members& members, const char* password = nullptr) {
-        const auto path = folder_ / name;
-        archive* writer = archive_write_new();
-        archive_write_set_format_zip(writer);
-        if (password != nullptr) {
-            archive_write_set_options(writer, "zip:encryption=aes256");
-            archive_write_set_passphrase(writer, password);
-        }
-        EXPECT_EQ(archive_write_open_filename(writer, path.c_str()), ARCHIVE_OK);
-        for (const auto& [memberName, contents] : members) {
-            archive_entry* entry = archive_entry_new();
-            archive_entry_set_pathname(entry, memberName.c_str());
-            archive_entry_set_size(entry, static_cast<la_int64_t>(contents.size()));
-            archive_entry_set_filetype(entry, AE_IFREG);
-            archive_write_header(writer, entry);
-            archive_write_data(writer, contents.data(), contents.size());
-            archive_entry_free(entry);
-        }
-        archive_write_free(writer);
-        return path;
+        return writeZipPackage(folder_ / name, members, password);
     }
 };
 
