@@ -40,6 +40,8 @@ public:
 
     /// Whether the call has used up its time. From then on it stays so until the next call begins.
     [[nodiscard]] bool isOutOfTime() noexcept;
+    /// The same for what happens often: the clock is looked at once in many calls.
+    [[nodiscard]] bool isOutOfTimeNowAndThen() noexcept;
 
     /// Which the engine is to be given when it runs a page, so that it also stops between operations.
     [[nodiscard]] fz_cookie* cookie() noexcept { return &cookie_; }
@@ -70,7 +72,6 @@ private:
     static void* allocate(void* self, std::size_t size);
     static void* reallocate(void* self, void* block, std::size_t size);
     static void release(void* self, void* block);
-    [[nodiscard]] bool isOutOfTimeNowAndThen() noexcept;
 
     const PdfLimits limits_;
     Memory memory_;

@@ -4,8 +4,8 @@
 #include "platform/pdf/module/Information.h"
 #include "platform/pdf/module/MaskedStream.h"
 #include "platform/pdf/module/Number.h"
+#include "platform/pdf/module/PageText.h"
 #include "platform/pdf/module/Rebuild.h"
-#include "platform/pdf/module/StructuredText.h"
 
 #include <algorithm>
 #include <cmath>

@@ -18,7 +18,10 @@ fs::path corpus() {
     return fs::path(folder != nullptr ? folder : QUARRY_SOURCE_DIR "/../shared/corpus") / "pdf";
 }
 
-enum Outcome : int { kNoDocument = 10, kLocked, kNoPages, kNoText, kText };
+enum Outcome : int { kOtherLines = 9, kNoDocument, kLocked, kNoPages, kNoText, kText };
+
+// The lines of longer documents are compared on so many pages.
+constexpr int kComparedPages = 20;
 
 int outcomeOf(const fs::path& path) {
     const auto data = Data::mappedContentsOfFile(path.native());
@@ -29,7 +32,11 @@ int outcomeOf(const fs::path& path) {
     if (document->pageCount() == 0) return kNoPages;
     int outcome = kNoText;
     for (int page = 0; page < document->pageCount(); ++page) {
-        if (!document->textOfPage(page).value_or(u"").empty()) outcome = kText;
+        const auto text = document->textOfPage(page);
+        if (text && !text->empty()) outcome = kText;
+        if (page >= kComparedPages) continue;
+        const auto styled = document->styledTextOfPage(page);
+        if (text.has_value() != styled.has_value() || (text && *text != styled->text)) return kOtherLines;
     }
     return outcome;
 }

@@ -1,4 +1,4 @@
-// The text of one page, as the engine puts it into lines.
+// The text of one page, in lines.
 #pragma once
 
 #include "platform/pdf/module/Context.h"
