@@ -12,10 +12,10 @@ using halden::Data;
 using halden::RichTextDocument;
 using halden::Url;
 
-std::optional<RichTextDocument> documentOf(std::optional<halden::AttributedString> text, const char16_t* type,
+std::optional<RichTextDocument> documentOf(const std::optional<halden::AttributedString>& text, const char16_t* type,
                                            const char16_t* identifier) {
     if (!text) return std::nullopt;
-    RichTextDocument document{std::move(*text), {}};
+    RichTextDocument document{*text, {}};
     document.documentAttributes.set(u"DocumentType", type);
     document.documentAttributes.set(u"UTI", identifier);
     return document;

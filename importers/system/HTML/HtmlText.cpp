@@ -21,7 +21,7 @@ std::optional<std::u16string> markupFromBytes(std::string_view bytes, std::strin
     return halden::stringWithMarkupData(bytes, halden::utf16FromUtf8(charset), byDefault);
 }
 
-std::string textOfMarkup(std::u16string markup) {
+std::string textOfMarkup(const std::u16string& markup) {
     constexpr halden::PlainTextOptions kOptions{
         .entities = true, .stdEntities = true, .reformat = true, .onlyBody = true, .imageAlts = true};
     std::u16string text = halden::stringByConvertingHtml2PlainText(markup, kOptions);

@@ -11,6 +11,6 @@ namespace quarry::support {
 [[nodiscard]] std::optional<std::u16string> markupFromBytes(std::string_view bytes, std::string_view charset = {});
 
 /// The text of a page in UTF-8: its body, without markup.
-[[nodiscard]] std::string textOfMarkup(std::u16string markup);
+[[nodiscard]] std::string textOfMarkup(const std::u16string& markup);
 
 }  // namespace quarry::support
