@@ -11,7 +11,7 @@
 namespace halden {
 namespace {
 
-constexpr std::size_t kLongestText = 64 * 1024;
+constexpr std::size_t kLongestText = std::size_t{64} * 1024;
 constexpr double kFixedPoint = 100000;
 
 struct TextKey {

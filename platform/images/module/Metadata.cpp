@@ -11,7 +11,7 @@
 namespace halden::images {
 namespace {
 
-constexpr long kLongestText = 64 * 1024;
+constexpr long kLongestText = 64L * 1024;
 constexpr long kMostNumbers = 256;
 
 void startOnce() {
