@@ -29,7 +29,8 @@ ResultKey resultKeyFrom(std::string_view text) {
     return lineError == std::errc() && rest == end ? key : ResultKey{};
 }
 
-MergedResults::MergedResults(tools::ResultOptions options, const std::string& job) : results_(options, journal_) {
+MergedResults::MergedResults(const tools::ResultOptions& options, const std::string& job)
+    : results_(options, journal_) {
     std::error_code error;
     std::filesystem::create_directories(options.folder, error);
     auto problem = journal_.open(options.folder + "/journal", job);

@@ -24,7 +24,7 @@ struct ResultKey {
 class MergedResults {
 public:
     /// Throws `QueueError` when the folder cannot be written, or belongs to another job.
-    MergedResults(tools::ResultOptions options, const std::string& job);
+    MergedResults(const tools::ResultOptions& options, const std::string& job);
 
     /// The first result of a key counts. Throws `QueueError` when it cannot be written.
     void add(ResultKey key, std::string_view line);

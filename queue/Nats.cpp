@@ -37,6 +37,7 @@ OptionsOwner optionsOf(const ServerOptions& server) {
     OptionsOwner options(made);
     const std::vector<std::string> servers = partsOf(server.url);
     std::vector<const char*> names;
+    names.reserve(servers.size());
     for (const std::string& name : servers) {
         names.push_back(name.c_str());
     }

@@ -54,6 +54,7 @@ Worker::Worker(const Connection& connection, const Job& job, WorkerOptions optio
 void Worker::run() {
     std::jthread beater([this](const std::stop_token& stop) { beat(stop); });
     std::vector<std::jthread> threads;
+    threads.reserve(slots_.size());
     for (const auto& slot : slots_) {
         threads.emplace_back([this, &slot] { work(*slot); });
     }

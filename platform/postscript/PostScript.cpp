@@ -20,7 +20,7 @@ using namespace std::string_view_literals;
 
 constexpr std::string_view kPreviewSignature = "\xC5\xD0\xD3\xC6";
 // Comments that tell the size stand among the first ones, or among the last.
-constexpr std::size_t kCommentReach = 256 * 1024;
+constexpr std::size_t kCommentReach = std::size_t{256} * 1024;
 
 std::uint32_t littleEndian(const std::uint8_t* bytes) {
     return bytes[0] | bytes[1] << 8 | bytes[2] << 16 | static_cast<std::uint32_t>(bytes[3]) << 24;

@@ -198,7 +198,7 @@ std::shared_ptr<HtmlRenderer::Link> HtmlRenderer::readyLink() {
         }
         link_ = std::move(link);
     }
-    const std::shared_ptr<Link> link = link_;
+    std::shared_ptr<Link> link = link_;
     if (!link->isReady) {
         const auto deadline =
             Clock::now() + std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(limits_.start));

@@ -135,7 +135,7 @@ private:
         const auto* found = table != nullptr ? at(tables_, *table) : nullptr;
         TextTableBlock block;
         block.table = found != nullptr ? *found : kTable;
-        block.style = std::make_shared<const TextTableCellStyle>(std::move(style));
+        block.style = std::make_shared<const TextTableCellStyle>(style);
         block.width = std::max(0.0, number(from, u"w"));
         block.row = static_cast<int>(integer(from, u"r", 0, kMostRows));
         block.rowSpan = static_cast<int>(integer(from, u"rs", 1, kMostRows));

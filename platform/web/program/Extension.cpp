@@ -84,7 +84,7 @@ extern "C" G_MODULE_EXPORT void webkit_web_process_extension_initialize_with_use
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
     if (std::strlen(path) < sizeof address.sun_path) {
-        std::strcpy(address.sun_path, path);
+        std::memcpy(address.sun_path, path, std::strlen(path) + 1);
         connection = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
         if (connect(connection, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
             close(connection);

@@ -261,7 +261,7 @@ gboolean Page::decide(WebKitPolicyDecision* decision, WebKitPolicyDecisionType t
     }
     if (request_.askNobody) return FALSE;
     g_object_ref(decision);
-    ask_(address, {}, [decision](HookVerdict verdict) {
+    ask_(address, {}, [decision](const HookVerdict& verdict) {
         if (verdict.verdict == Verdict::deny)
             webkit_policy_decision_ignore(decision);
         else
@@ -271,11 +271,11 @@ gboolean Page::decide(WebKitPolicyDecision* decision, WebKitPolicyDecisionType t
     return TRUE;
 }
 
-void Page::script(const char* source, void (Page::*then)(std::string)) {
+void Page::script(const char* source, void (Page::*then)(std::string&&)) {
     struct Call {
         std::shared_ptr<Page*> self;
         WebKitWebView* view;
-        void (Page::*then)(std::string);
+        void (Page::*then)(std::string&&);
     };
     const auto answered = [](GObject* object, GAsyncResult* result, gpointer data) {
         const std::unique_ptr<Call> call(static_cast<Call*>(data));
@@ -315,7 +315,7 @@ void Page::settle() {
     script(kSettleScript, &Page::settledFor);
 }
 
-void Page::settledFor(std::string answer) {
+void Page::settledFor(std::string&& answer) {
     if (phase_ != Phase::settling) return;
     const double quiet = std::atof(answer.c_str());
     if (quiet >= kQuiet || milliseconds() - settleStart_ > kLongestSettling) return walk();
@@ -337,7 +337,7 @@ void Page::walk() {
     script(kWalkScript, &Page::walked);
 }
 
-void Page::walked(std::string text) {
+void Page::walked(std::string&& text) {
     if (phase_ != Phase::walking) return;
     if (text.empty()) return again();
     const bool hasImages = text.front() == '1';
@@ -367,12 +367,12 @@ void Page::save() {
             g_object_unref(stream);
         }
         Page* page = *call->self;
-        if (page != nullptr && page->view_ == call->view) page->saved(std::move(snapshot));
+        if (page != nullptr && page->view_ == call->view) page->saved(snapshot);
     };
     webkit_web_view_save(view_, WEBKIT_SAVE_MODE_MHTML, cancellable_, written, new Call{self_, view_});
 }
 
-void Page::saved(std::string snapshot) {
+void Page::saved(const std::string& snapshot) {
     if (phase_ != Phase::saving) return;
     for (halden::web::MhtmlPart& part : halden::web::partsOfMhtml(snapshot)) {
         if (!part.mediaType.starts_with("image/")) continue;

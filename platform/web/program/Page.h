@@ -68,16 +68,16 @@ private:
     void loadFinished();
     void settle();
     void walk();
-    void walked(std::string text);
+    void walked(std::string&& text);
     void save();
-    void saved(std::string snapshot);
+    void saved(const std::string& snapshot);
     void finish();
     void timeIsUp();
     void watch(guint milliseconds);
     void ended();
     gboolean decide(WebKitPolicyDecision* decision, WebKitPolicyDecisionType type);
-    void script(const char* source, void (Page::*then)(std::string));
-    void settledFor(std::string answer);
+    void script(const char* source, void (Page::*then)(std::string&&));
+    void settledFor(std::string&& answer);
 
     Engine& engine_;
     PageRequest request_;

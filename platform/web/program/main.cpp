@@ -113,12 +113,12 @@ private:
             questions_.emplace(question, std::move(answer));
             helper_.send(FrameWriter(FrameKind::question, number).number(question).bytes(address).bytes(from).take());
         };
-        auto finished = [this, number](PageResult result) { finish(number, std::move(result)); };
+        auto finished = [this, number](const PageResult& result) { finish(number, result); };
         pages_.insert_or_assign(
             number, std::make_unique<Page>(engine_, related, std::move(request), std::move(ask), std::move(finished)));
     }
 
-    void finish(std::uint32_t number, PageResult result) {
+    void finish(std::uint32_t number, const PageResult& result) {
         if (number == 0) return warm(result);
         FrameWriter frame(FrameKind::page, number);
         frame.number(static_cast<std::uint32_t>(result.status))
