@@ -55,6 +55,7 @@ Collector::Collector(const Connection& connection, const Job& job, MergedResults
 void Collector::run(bool forever) {
     while (!stops_) {
         const bool isSomething = fetch();
+        throwIfRefused();
         results_.commit();
         for (const MessageOwner& message : finished_) {
             natsMsg_Ack(message.get(), nullptr);

@@ -14,6 +14,7 @@
 #include <cerrno>
 #include <chrono>
 #include <csignal>
+#include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <thread>
@@ -118,6 +119,7 @@ Status submitCommand(const Invocation& invocation) {
 Status workerCommand(const Invocation& invocation) {
     tools::keepStandardOutput();
     ::signal(SIGXFSZ, SIG_IGN);
+    ::unsetenv("QUARRY_QUEUE");  // it may hold a password, which is not for programs that read documents
     const std::unique_ptr<tools::Guardian> guardian = tools::Guardian::start(true);
     if (!guardian) {
         printError(fmt::format("no guardian process or no private folder: {}", std::strerror(errno)));

@@ -142,6 +142,9 @@ std::uint64_t Job::forgotten(jsCtx* context) const {
             return 0;
         }
     }
+    if (infoOf(context, advisoryStream())->State.Msgs != 0) {
+        return 0;  // those are given up, and will have their results
+    }
     return infoOf(context, workStream())->State.Msgs;
 }
 

@@ -52,7 +52,8 @@ public:
     [[nodiscard]] JobNumbers numbers(jsCtx* context) const;
 
     /// The messages of the work stream, where the server says that it has delivered all of them and waits for none:
-    /// after a crash it may have lost sight of some, done or not. 0 otherwise. Throws `QueueError`.
+    /// after a crash it may have lost sight of some, done or not. 0 otherwise, and while messages are being given up.
+    /// Throws `QueueError`.
     [[nodiscard]] std::uint64_t forgotten(jsCtx* context) const;
     /// Makes the workers' consumer anew, which delivers again whatever is in the work stream. Throws `QueueError`.
     void deliverAgain(jsCtx* context) const;

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <mutex>
 #include <thread>
 #include <vector>
 
@@ -18,8 +19,17 @@ using namespace std::chrono_literals;
 constexpr std::int64_t kConnectMilliseconds = 5000;
 constexpr std::int64_t kReconnectMilliseconds = 500;
 constexpr int kReconnectBuffer = 8 << 20;
+// A network that is lost says nothing. Without an answer to so many questions the connection is made anew; a message
+// that the system does not take is given up.
+constexpr std::int64_t kPingMilliseconds = 3000;
+constexpr int kMostPings = 2;
+constexpr std::int64_t kWriteMilliseconds = 5000;
 constexpr std::int64_t kMostPending = 4000;  // publications whose answers are awaited
 constexpr std::int64_t kStallMilliseconds = 10'000;
+
+bool isSecure(std::string_view address) {
+    return address.starts_with("tls://");
+}
 
 std::vector<std::string> partsOf(std::string_view list) {
     std::vector<std::string> parts;
@@ -29,6 +39,36 @@ std::vector<std::string> partsOf(std::string_view list) {
         list = comma == list.npos ? std::string_view() : list.substr(comma + 1);
     }
     return parts;
+}
+
+/// What the server of this process last did not permit. It says so beside the calls, which wait for an answer that
+/// never comes; and the library may say so after the end of a connection, so this has no end.
+struct Refusal {
+    std::mutex mutex;
+    std::string text;
+};
+
+Refusal& lastRefusal() {
+    static auto& refusal = *new Refusal;
+    return refusal;
+}
+
+/// What the library knows of the last failure in this thread, without the place in its source that it begins with.
+std::string lastDetail() {
+    const char* text = nats_GetLastError(nullptr);
+    std::string_view detail = text != nullptr ? text : "";
+    const std::size_t place = detail.find("): ");
+    if (detail.starts_with('(') && place != detail.npos) {
+        detail.remove_prefix(place + 3);
+    }
+    return std::string(detail);
+}
+
+void noteRefusal(natsConnection*, natsSubscription*, natsStatus status, void*) {
+    if (status == NATS_NOT_PERMITTED) {
+        const std::scoped_lock lock(lastRefusal().mutex);
+        lastRefusal().text = lastDetail();
+    }
 }
 
 OptionsOwner optionsOf(const ServerOptions& server) {
@@ -50,8 +90,15 @@ OptionsOwner optionsOf(const ServerOptions& server) {
     if (!server.credentials.empty()) {
         check(natsOptions_SetUserCredentialsFromFiles(made, server.credentials.c_str(), nullptr), server.credentials);
     }
-    if (!server.authority.empty()) {
+    check(natsOptions_SetPingInterval(made, kPingMilliseconds), "time limit");
+    check(natsOptions_SetMaxPingsOut(made, kMostPings), "time limit");
+    check(natsOptions_SetWriteDeadline(made, kWriteMilliseconds), "time limit");
+    check(natsOptions_SetErrorHandler(made, noteRefusal, nullptr), "error handler");
+    // The library itself would take tls:// for a wish, and tell a server without TLS the password.
+    if (!server.authority.empty() || std::ranges::any_of(servers, [](const auto& name) { return isSecure(name); })) {
         check(natsOptions_SetSecure(made, true), "TLS");
+    }
+    if (!server.authority.empty()) {
         check(natsOptions_LoadCATrustedCertificates(made, server.authority.c_str()), server.authority);
     }
     return options;
@@ -61,6 +108,19 @@ OptionsOwner optionsOf(const ServerOptions& server) {
 bool mayBeLate(natsStatus status) noexcept {
     return status == NATS_NO_SERVER || status == NATS_TIMEOUT || status == NATS_IO_ERROR ||
            status == NATS_CONNECTION_CLOSED || status == NATS_CONNECTION_DISCONNECTED;
+}
+
+/// What a user can do about a server that refuses; empty where its words say it.
+std::string hintFor(natsStatus status, const ServerOptions& server) {
+    if (status == NATS_SSL_ERROR && server.authority.empty()) {
+        return "; the server uses TLS: --ca names the file of the authority that signed its certificate";
+    }
+    if (status == NATS_CONNECTION_AUTH_FAILED && server.credentials.empty()) {
+        return server.url.find('@') == server.url.npos
+                   ? "; neither the address nor --credentials names a user and a password"
+                   : "; the server does not know this user with this password";
+    }
+    return {};
 }
 
 /// Addresses without the passwords in them.
@@ -83,9 +143,15 @@ void check(natsStatus status, std::string_view what, jsErrCode code) {
     if (status == NATS_OK) {
         return;
     }
-    const char* detail = nats_GetLastError(nullptr);
+    const std::string detail = lastDetail();
     std::string reason = natsStatus_GetText(status);
-    if (detail != nullptr && *detail != '\0' && reason != detail) {
+    if (status == NATS_TIMEOUT) {
+        const std::scoped_lock lock(lastRefusal().mutex);
+        if (!lastRefusal().text.empty()) {
+            throw QueueError(fmt::format("{}: {}", what, lastRefusal().text), NATS_NOT_PERMITTED);
+        }
+    }
+    if (!detail.empty() && reason != detail) {
         reason += fmt::format(" ({})", detail);
     }
     if (code != static_cast<jsErrCode>(0)) {
@@ -94,7 +160,18 @@ void check(natsStatus status, std::string_view what, jsErrCode code) {
     throw QueueError(fmt::format("{}: {}", what, reason), status);
 }
 
+void throwIfRefused() {
+    const std::scoped_lock lock(lastRefusal().mutex);
+    if (!lastRefusal().text.empty()) {
+        throw QueueError(lastRefusal().text, NATS_NOT_PERMITTED);
+    }
+}
+
 Connection::Connection(const ServerOptions& server) {
+    {
+        const std::scoped_lock lock(lastRefusal().mutex);
+        lastRefusal().text.clear();
+    }
     const OptionsOwner options = optionsOf(server);
     const Clock::time_point end =
         Clock::now() + std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(server.patience));
@@ -107,7 +184,11 @@ Connection::Connection(const ServerOptions& server) {
             return;
         }
         if (!mayBeLate(status) || Clock::now() + pause > end) {
-            check(status, address);
+            try {
+                check(status, address);
+            } catch (const QueueError& error) {
+                throw QueueError(error.what() + hintFor(status, server), status);
+            }
         }
         tools::printError(fmt::format("{}: {}; trying again", address, natsStatus_GetText(status)));
         std::this_thread::sleep_for(pause);

@@ -21,8 +21,13 @@ private:
     natsStatus status_;
 };
 
-/// Throws `QueueError` with "WHAT: reason" unless the status is a success.
+/// Throws `QueueError` with "WHAT: reason" unless the status is a success. After a request that the server did not
+/// permit, and therefore did not answer, the reason is that.
 void check(natsStatus status, std::string_view what, jsErrCode code = static_cast<jsErrCode>(0));
+
+/// Throws `QueueError` when the server has said that this user may not do something that was asked on the connection of
+/// this process. It says so later than the call returns, and answers nothing, so loops look here. From any thread.
+void throwIfRefused();
 
 template <auto destroy>
 struct Destroyer {

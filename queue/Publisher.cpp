@@ -39,7 +39,7 @@ void Publisher::publish(const std::string& subject, ResultKey key, std::string_v
         const std::string identifier =
             fmt::format("{}-{}-{}-{}", prefix_, subject.ends_with(".dead") ? "dead" : "result", piece.result, i);
         std::unique_lock lock(mutex_);
-        less_.wait(lock, [&] { return bytes_ < kMostBytes && pieces_.size() < kMostPieces; });
+        less_.wait(lock, [&] { return !waits_ || (bytes_ < kMostBytes && pieces_.size() < kMostPieces); });
         const std::size_t size = piece.payload.size();
         const auto [place, isNew] = pieces_.try_emplace(identifier, std::move(piece));
         place->second.awaited.push_back(awaited);
@@ -126,6 +126,12 @@ void Publisher::retry() {
         }
         lock.lock();
     }
+}
+
+void Publisher::waitNoMore() {
+    const std::scoped_lock lock(mutex_);
+    waits_ = false;
+    less_.notify_all();
 }
 
 bool Publisher::drain(double seconds) {

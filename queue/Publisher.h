@@ -37,6 +37,8 @@ public:
 
     /// Publishes once more what failed. To be called now and then.
     void retry();
+    /// From now on `publish` waits for nothing: so much the less is on its way at the end.
+    void waitNoMore();
     /// Waits until everything is stored, or until that many seconds have passed; whether it is.
     [[nodiscard]] bool drain(double seconds);
 
@@ -66,6 +68,7 @@ private:
     std::condition_variable less_;
     std::map<std::string, Piece> pieces_;  // by the number of the message
     std::size_t bytes_ = 0;
+    bool waits_ = true;
     std::vector<std::string> failed_;
 };
 

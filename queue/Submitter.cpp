@@ -14,6 +14,7 @@ namespace quarry::queue {
 namespace {
 
 constexpr std::int64_t kPublishMilliseconds = 60'000;
+constexpr std::int64_t kStepMilliseconds = 250;
 
 }  // namespace
 
@@ -46,6 +47,7 @@ void Submitter::publish(const std::string& message) {
     const natsStatus status = js_PublishMsgAsync(context_.get(), &made, &options);
     const MessageOwner owner(made);
     check(status, job_.workSubject());
+    throwIfRefused();
     const std::scoped_lock lock(mutex_);
     if (!problem_.empty()) {
         throw QueueError(fmt::format("{}: {}", job_.workSubject(), problem_), NATS_ERR);
@@ -89,8 +91,14 @@ Submitted Submitter::submitShards(const std::string& path, std::uint64_t lines) 
 Submitted Submitter::finish() {
     jsPubOptions options;
     check(jsPubOptions_Init(&options), "message");
-    options.MaxWait = kPublishMilliseconds;
-    check(js_PublishAsyncComplete(context_.get(), &options), job_.workSubject());
+    options.MaxWait = kStepMilliseconds;
+    natsStatus status = NATS_TIMEOUT;
+    for (std::int64_t waited = 0; status == NATS_TIMEOUT && waited < kPublishMilliseconds;
+         waited += kStepMilliseconds) {
+        status = js_PublishAsyncComplete(context_.get(), &options);
+        throwIfRefused();
+    }
+    check(status, job_.workSubject());
     const std::scoped_lock lock(mutex_);
     if (!problem_.empty()) {
         throw QueueError(fmt::format("{}: {}", job_.workSubject(), problem_), NATS_ERR);

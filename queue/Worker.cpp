@@ -27,6 +27,7 @@ constexpr auto kBeat = 200ms;
 constexpr int kBeatsToSignOfLife = 10;
 constexpr int kBeatsToAdvisories = 10;
 constexpr double kDrainSeconds = 60;
+constexpr double kDrainAfterProblemSeconds = 3;
 
 bool isDead(BatchStatus status) noexcept {
     return status >= BatchStatus::timeout;  // and crash, oom, error
@@ -60,6 +61,11 @@ void Worker::run() {
     }
     while (!stops_) {
         fetch();
+        try {
+            throwIfRefused();
+        } catch (const QueueError& error) {
+            fail(error.what());
+        }
     }
     {
         const std::scoped_lock lock(mutex_);
@@ -72,8 +78,9 @@ void Worker::run() {
         ended_ = true;
         changed_.notify_all();
     }
+    publisher_.waitNoMore();
     threads.clear();
-    const bool isDrained = publisher_.drain(kDrainSeconds);
+    const bool isDrained = publisher_.drain(hasProblem() ? kDrainAfterProblemSeconds : kDrainSeconds);
     commitFolder();
     {
         // What could not be finished or kept goes back at once.
@@ -351,6 +358,11 @@ void Worker::fail(const std::string& problem) {
     }
     stops_ = true;
     changed_.notify_all();
+}
+
+bool Worker::hasProblem() const {
+    const std::scoped_lock lock(mutex_);
+    return !problem_.empty();
 }
 
 tools::BatchTally Worker::tally() const {

@@ -65,6 +65,7 @@ private:
     void buryGivenUp(natsSubscription* advisories);
     void commitFolder();
     void fail(const std::string& problem);
+    [[nodiscard]] bool hasProblem() const;
     void waitedInVain();
 
     const Connection& connection_;
