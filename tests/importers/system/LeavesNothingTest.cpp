@@ -43,6 +43,7 @@ protected:
             {"a.ttf", "OTTO"},
             {"a.djvu", "AT&TFORM"},
             {"a.chm", "ITSF"},
+            {"a.mobi", "BOOKMOBI"},
             {"a.pages", "PK\3\4"},
             {"a.zip", "PK\3\4"},
             {"a.docx", "PK\3\4"},
