@@ -60,8 +60,11 @@ Status htmlCommand(const Invocation& invocation) {
     }
     // Before the helper starts: from then on there is no standard input, which processes it starts might wait for.
     std::optional<halden::Data> input;
-    if (std::ranges::find(invocation.files, "-") != invocation.files.end() && !(input = standardInput())) {
-        return Status::none;
+    if (std::ranges::find(invocation.files, "-") != invocation.files.end()) {
+        input = standardInput();
+        if (!input) {
+            return Status::none;
+        }
     }
     return forEachFile(invocation, [&](HelperSession& session, const std::string& file) {
         const auto page = file == "-" ? input : pageOf(file);
