@@ -2,12 +2,12 @@
 
 #include "foundation/Unicode.h"
 #include "importers/system/HTML/HtmlText.h"
+#include "importers/system/Mobi/Chapters.h"
 #include "importers/system/Mobi/Huffman.h"
 
 #include <mobi.h>
 
 #include <algorithm>
-#include <array>
 #include <cstdio>
 #include <memory>
 
@@ -16,11 +16,9 @@ namespace {
 
 struct Release {
     void operator()(MOBIData* book) const noexcept { mobi_free(book); }
-    void operator()(MOBIRawml* parts) const noexcept { mobi_free_rawml(parts); }
     void operator()(std::FILE* file) const noexcept { std::fclose(file); }
 };
 using Book = std::unique_ptr<MOBIData, Release>;
-using Parts = std::unique_ptr<MOBIRawml, Release>;
 using Records = std::vector<std::string_view>;
 
 constexpr std::uint32_t kNewerForm = 8;
@@ -69,14 +67,8 @@ bool isHarmless(const Form& form) {
     return isHarmlessDictionary(std::span(form.records).subspan(first, count));
 }
 
-bool isMedia(std::string_view record) {
-    static constexpr std::array<std::string_view, 9> kBegins{"\xFF\xD8", "GIF8", "\x89PNG", "BM",  "FONT",
-                                                             "AUDI",     "VIDE", "SRCS",    "RESC"};
-    return std::ranges::any_of(kBegins, [record](std::string_view begin) { return record.starts_with(begin); });
-}
-
-/// The form as a file for the library, with what only the text needs: it trusts lengths that files name, so it gets no
-/// tags, no pictures and fonts, and no more text than there is.
+/// The form as a file for the library, with what unpacking needs: it trusts lengths that files name, so it gets no
+/// tags, no indexes and no pictures, and no more text than there is.
 std::string fileOf(const PalmDatabase& database, const Form& form, std::size_t textRecords) {
     constexpr std::size_t kLengthPlace = 4, kNamePlace = 84, kTagsPlace = 128;
     std::string first(form.records[0]);
@@ -94,7 +86,7 @@ std::string fileOf(const PalmDatabase& database, const Form& form, std::size_t t
     Records records = form.records;
     records[0] = first;
     for (std::size_t i = textRecords + 1; i < records.size(); ++i) {
-        if (isMedia(records[i])) records[i] = {};
+        if (i - form.header.huffmanRecord >= form.header.huffmanRecords) records[i] = {};
     }
     return bytesOfDatabase(database.header, records);
 }
@@ -125,39 +117,36 @@ std::string textOf(std::string_view bytes, bool isUtf8) {
     return markup ? support::textOfMarkup(*markup) : std::string();
 }
 
-/// The newer form keeps each chapter as a frame and what goes into it, which the library puts together.
-std::string textOfChapters(const MOBIData* book) {
-    const Parts parts(mobi_init_rawml(book));
-    if (!parts || mobi_parse_rawml_opt(parts.get(), book, false, false, false) != MOBI_SUCCESS) return {};
-    std::string text;
-    for (const MOBIPart* part = parts->markup; part != nullptr && text.size() <= kMaxMarkup; part = part->next) {
-        if (part->type != T_HTML || part->data == nullptr) continue;
-        const std::string chapter = textOf({reinterpret_cast<const char*>(part->data), part->size}, true);
-        if (!chapter.empty() && !text.empty()) text += "\n\n";
-        text += chapter;
-    }
-    return text;
+void appendChapter(std::string& text, const std::string& chapter) {
+    if (!chapter.empty() && !text.empty()) text += "\n\n";
+    text += chapter;
 }
 
-/// Chapters whose parts do not fit together: all that there is, in the order of the file. Behind it lie style sheets.
-std::string textOfDamagedChapters(const Form& form, std::string markup) {
-    constexpr std::size_t kSectionsPlace = 192, kEndOfFirstSection = 16;
-    const std::size_t sections = number32(form.records[0], kSectionsPlace);
-    if (sections < form.records.size() && form.records[sections].starts_with("FDST"))
-        markup.resize(std::min<std::size_t>(markup.size(), number32(form.records[sections], kEndOfFirstSection)));
-    std::string text;
-    for (std::string_view rest = markup; !rest.empty() && text.size() <= kMaxMarkup;) {
+/// Chapters whose parts do not fit together: all that there is, in the order of the file.
+void appendPieces(std::string& text, std::string_view markup, bool isUtf8) {
+    for (std::size_t count = 0; !markup.empty() && count < kMaxChapters; ++count) {
         // Frames end where what goes into them begins.
         constexpr std::string_view kEnd = "</html>";
-        const std::size_t end = std::min(rest.find(kEnd), rest.size());
-        const std::size_t frame = std::min(rest.substr(0, end).find("<?xml"), end);
-        for (const std::string_view piece : {rest.substr(0, frame), rest.substr(frame, end - frame)}) {
-            const std::string found = textOf(piece, form.header.isUtf8);
-            if (!found.empty() && !text.empty()) text += "\n";
-            text += found;
-        }
-        rest.remove_prefix(std::min(end + kEnd.size(), rest.size()));
+        const std::size_t end = std::min(markup.find(kEnd), markup.size());
+        const std::size_t frame = std::min(markup.substr(0, end).find("<?xml"), end);
+        for (const std::string_view piece : {markup.substr(0, frame), markup.substr(frame, end - frame)})
+            appendChapter(text, textOf(piece, isUtf8));
+        markup.remove_prefix(std::min(end + kEnd.size(), markup.size()));
     }
+}
+
+std::string textOfNewerForm(const Form& form, std::string_view markup) {
+    constexpr std::size_t kSections = 192, kFragments = 248, kFrames = 252, kEndOfFirstSection = 16;
+    const std::string_view first = form.records[0];
+    const std::size_t sections = number32(first, kSections);
+    // Behind the text lie style sheets.
+    if (sections < form.records.size() && form.records[sections].starts_with("FDST"))
+        markup = markup.substr(0, number32(form.records[sections], kEndOfFirstSection));
+    const Chapters chapters = chaptersOf(markup, form.records, number32(first, kFrames), number32(first, kFragments));
+    std::string text;
+    for (const std::string& chapter : chapters.markup)
+        appendChapter(text, textOf(chapter, form.header.isUtf8));
+    appendPieces(text, markup.substr(chapters.end), form.header.isUtf8);
     return text;
 }
 
@@ -167,13 +156,11 @@ std::string textOfForm(const PalmDatabase& database, const Form& form) {
     std::string bytes = fileOf(database, form, textRecords);
     const Book book = bookFromFile(bytes);
     if (!book) return {};
-    const bool isNewer = form.header.version == kNewerForm;
-    if (std::string text = isNewer ? textOfChapters(book.get()) : std::string(); !text.empty()) return text;
-    std::string markup = markupOf(book.get());
+    const std::string markup = markupOf(book.get());
     if (markup.starts_with("%MOP")) return {};  // a PDF document in place of the text
     if (!form.header.isMobipocket && markup.find("<html") == markup.npos && markup.find("<HTML") == markup.npos)
         return halden::utf8FromUtf16(support::markupFromBytes(markup).value_or(u""));
-    if (isNewer) return textOfDamagedChapters(form, std::move(markup));
+    if (form.header.version == kNewerForm) return textOfNewerForm(form, markup);
     return textOf(markup, form.header.isUtf8);
 }
 

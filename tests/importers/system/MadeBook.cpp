@@ -5,29 +5,14 @@
 namespace quarry::test {
 namespace {
 
+constexpr const char* kBefore = "<?xml version=\"1.0\"?><html><head><title>no</title></head><body><div>";
+constexpr const char* kAfter = "</div><p>The end</p></body></html>";
+
 std::string exth(const MadeBook::Tags& tags) {
     std::string entries;
     for (const auto& [number, bytes] : tags)
         entries += big(number, 4) + big(bytes.size() + 8, 4) + bytes;
     return "EXTH" + big(entries.size() + 12, 4) + big(tags.size(), 4) + entries;
-}
-
-/// An index of one data record, preceded by the record that describes its values: groups of number, count and bit.
-std::vector<std::string> index(const std::string& tags, const std::vector<std::string>& entries) {
-    const auto header = [](std::size_t places, std::size_t count, std::size_t total) {
-        std::string bytes = "INDX" + big(192, 4) + big(0, 4) + big(0, 4) + big(0, 4) + big(places, 4) + big(count, 4) +
-                            big(65001, 4) + big(MadeBook::kNone, 4) + big(total, 4);
-        bytes.resize(192, '\0');
-        return bytes;
-    };
-    const std::string description = "TAGX" + big(12 + tags.size() + 4, 4) + big(1, 4) + tags + big(1, 4);
-    std::string body, places = "IDXT";
-    for (const std::string& entry : entries) {
-        places += big(192 + body.size(), 2);
-        body += entry;
-    }
-    return {header(192 + description.size(), 1, entries.size()) + description + "IDXT",
-            header(192 + body.size(), entries.size(), 0) + body + places};
 }
 
 /// A number of seven bits a byte, the last with the upper bit set.
@@ -38,19 +23,38 @@ std::string packed(std::size_t value) {
     return bytes;
 }
 
-std::string entry(const std::string& label, char control, const std::vector<std::size_t>& values) {
-    std::string bytes = static_cast<char>(label.size()) + label + control;
-    for (const std::size_t value : values)
-        bytes += packed(value);
-    return bytes;
-}
-
 }  // namespace
 
 std::string big(std::size_t value, int length) {
     std::string bytes;
     while (length-- > 0)
         bytes.push_back(static_cast<char>(value >> (8 * length) & 0xFF));
+    return bytes;
+}
+
+const std::string kFrameKinds("\1\1\3\0\6\2\x0C\0", 8);
+
+std::vector<std::string> madeIndex(const std::string& kinds, const std::vector<std::string>& entries) {
+    const auto header = [](std::size_t places, std::size_t count, std::size_t total) {
+        std::string bytes = "INDX" + big(192, 4) + big(0, 4) + big(0, 4) + big(0, 4) + big(places, 4) + big(count, 4) +
+                            big(65001, 4) + big(MadeBook::kNone, 4) + big(total, 4);
+        bytes.resize(192, '\0');
+        return bytes;
+    };
+    const std::string description = "TAGX" + big(12 + kinds.size() + 4, 4) + big(1, 4) + kinds + big(1, 4);
+    std::string body, places = "IDXT";
+    for (const std::string& entry : entries) {
+        places += big(192 + body.size(), 2);
+        body += entry;
+    }
+    return {header(192 + description.size(), 1, entries.size()) + description + "IDXT",
+            header(192 + body.size(), entries.size(), 0) + body + places};
+}
+
+std::string indexEntry(const std::string& label, char control, const std::vector<std::size_t>& values) {
+    std::string bytes = static_cast<char>(label.size()) + label + control;
+    for (const std::size_t value : values)
+        bytes += packed(value);
     return bytes;
 }
 
@@ -114,11 +118,13 @@ std::string palmDoc(const std::string& text) {
     return packedText;
 }
 
+std::size_t lengthOfFrame() {
+    return std::string(kBefore).size() + std::string(kAfter).size();
+}
+
 MadeBook newerBook() {
-    const std::string before = "<?xml version=\"1.0\"?><html><head><title>no</title></head><body><div>";
-    const std::string after = "</div><p>The end</p></body></html>";
+    const std::string before = kBefore, after = kAfter;
     const std::string one = "<p>First &amp; one</p>", two = "<p>Second \xC3\xA9</p>", style = "p { color: red }";
-    const std::size_t frame = before.size() + after.size();
     const std::string flow = before + after + one + two;
 
     MadeBook book;
@@ -128,10 +134,11 @@ MadeBook newerBook() {
         const std::string digits = std::to_string(place);
         return std::string(10 - digits.size(), '0') + digits;
     };
-    const auto frames = index(std::string("\1\1\3\0\6\2\x0C\0", 8), {entry("SKEL0", 0x5, {2, 0, frame})});
-    const auto fragments = index(std::string("\2\1\1\0\3\1\2\0\4\1\4\0\6\2\x08\0", 16),
-                                 {entry(at(before.size()), 0xF, {0, 0, 0, 0, one.size()}),
-                                  entry(at(before.size() + one.size()), 0xF, {0, 0, 1, one.size(), two.size()})});
+    const auto frames = madeIndex(kFrameKinds, {indexEntry("SKEL0", 0x5, {2, 0, lengthOfFrame()})});
+    const auto fragments =
+        madeIndex(std::string("\2\1\1\0\3\1\2\0\4\1\4\0\6\2\x08\0", 16),
+                  {indexEntry(at(before.size()), 0xF, {0, 0, 0, 0, one.size()}),
+                   indexEntry(at(before.size() + one.size()), 0xF, {0, 0, 1, one.size(), two.size()})});
     const std::string sections = "FDST" + big(12, 4) + big(2, 4) + big(0, 4) + big(flow.size(), 4) +
                                  big(flow.size(), 4) + big(flow.size() + style.size(), 4);
     book.more = {frames[0], frames[1], fragments[0], fragments[1], sections};

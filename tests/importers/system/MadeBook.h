@@ -40,8 +40,17 @@ std::string database(const std::vector<std::string>& records, const std::string&
 /// PalmDOC: repetitions, spaces before letters, and bytes that would mean something else.
 std::string palmDoc(const std::string& text);
 
+/// An index of one data record, preceded by the record that describes its values: number, count and bits of each.
+std::vector<std::string> madeIndex(const std::string& kinds, const std::vector<std::string>& entries);
+/// `control` has the bits that say how often each kind of value is there.
+std::string indexEntry(const std::string& label, char control, const std::vector<std::size_t>& values);
+/// The kinds of frames: how many fragments (bits 1 and 2), place and length (bits 4 and 8).
+extern const std::string kFrameKinds;
+
 /// A book in the newer form of one frame with two fragments in its middle, and a style sheet.
 MadeBook newerBook();
+/// How long that frame is.
+std::size_t lengthOfFrame();
 
 /// A book whose text is words of a dictionary, each a code of eight bits: the byte 255 is the first word. A word is its
 /// bytes and whether they are plain, or codes.

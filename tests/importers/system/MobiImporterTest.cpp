@@ -86,6 +86,27 @@ TEST_F(MobiImporterTest, PutsTheNewerFormTogether) {
     EXPECT_EQ(textOf(newerBook().bytes(), "a.azw3"), kNewerText);
 }
 
+TEST_F(MobiImporterTest, ValuesOfIndexesAreSaidInManyWays) {
+    const std::size_t length = lengthOfFrame();
+    const std::pair<char, std::vector<std::size_t>> cases[] = {
+        {0x5, {2, 0, length}},                // each once
+        {0xA, {2, 2, 0, length, 0, length}},  // each twice, as the vendor's program does
+        {0xF, {1, 2, 2, 0, length}},          // by their bytes
+        {0x7, {1, 2, 0, length}}};
+    for (const auto& [control, values] : cases) {
+        MadeBook book = newerBook();
+        book.more[1] = madeIndex(kFrameKinds, {indexEntry("SKEL0", control, values)})[1];
+        EXPECT_EQ(textOf(book.bytes()), kNewerText) << static_cast<int>(control);
+    }
+}
+
+TEST_F(MobiImporterTest, FramesThatRepeatTheTextAreUsedOnce) {
+    MadeBook book = newerBook();
+    const std::vector<std::string> entries(1000, indexEntry("SKEL0", 0x5, {2, 0, lengthOfFrame()}));
+    book.more[1] = madeIndex(kFrameKinds, entries)[1];
+    EXPECT_EQ(textOf(book.bytes()), kNewerText);
+}
+
 TEST_F(MobiImporterTest, ChaptersThatDoNotFitTogetherStillGiveTheirWords) {
     MadeBook book = newerBook();
     book.more[1].resize(100);  // the frames
