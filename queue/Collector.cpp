@@ -47,7 +47,7 @@ std::optional<std::string> unpacked(const std::string& frame) {
 }  // namespace
 
 Collector::Collector(const Connection& connection, const Job& job, MergedResults& results)
-    : job_(job), results_(results), context_(connection.context()) {
+    : connection_(connection), job_(job), results_(results), context_(connection.context()) {
     job_.make(context_.get());
     subscription_ = job_.subscribeToResults(context_.get());
 }
@@ -55,7 +55,7 @@ Collector::Collector(const Connection& connection, const Job& job, MergedResults
 void Collector::run(bool forever) {
     while (!stops_) {
         const bool isSomething = fetch();
-        throwIfRefused();
+        connection_.throwIfRefused();
         results_.commit();
         for (const MessageOwner& message : finished_) {
             natsMsg_Ack(message.get(), nullptr);

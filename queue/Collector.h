@@ -35,6 +35,7 @@ private:
     void take(MessageOwner message);
     void complete(const std::string& result, std::string payload, bool isCompressed);
 
+    const Connection& connection_;
     const Job& job_;
     MergedResults& results_;
     ContextOwner context_;

@@ -160,14 +160,7 @@ void check(natsStatus status, std::string_view what, jsErrCode code) {
     throw QueueError(fmt::format("{}: {}", what, reason), status);
 }
 
-void throwIfRefused() {
-    const std::scoped_lock lock(lastRefusal().mutex);
-    if (!lastRefusal().text.empty()) {
-        throw QueueError(lastRefusal().text, NATS_NOT_PERMITTED);
-    }
-}
-
-Connection::Connection(const ServerOptions& server) {
+Connection::Connection(const ServerOptions& server) : address_(shownAddress(server.url)) {
     {
         const std::scoped_lock lock(lastRefusal().mutex);
         lastRefusal().text.clear();
@@ -175,7 +168,6 @@ Connection::Connection(const ServerOptions& server) {
     const OptionsOwner options = optionsOf(server);
     const Clock::time_point end =
         Clock::now() + std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(server.patience));
-    const std::string address = shownAddress(server.url);
     for (auto pause = 250ms;; pause = std::min<std::chrono::milliseconds>(pause * 2, 8s)) {
         natsConnection* made = nullptr;
         const natsStatus status = natsConnection_Connect(&made, options.get());
@@ -185,13 +177,28 @@ Connection::Connection(const ServerOptions& server) {
         }
         if (!mayBeLate(status) || Clock::now() + pause > end) {
             try {
-                check(status, address);
+                check(status, address_);
             } catch (const QueueError& error) {
                 throw QueueError(error.what() + hintFor(status, server), status);
             }
         }
-        tools::printError(fmt::format("{}: {}; trying again", address, natsStatus_GetText(status)));
+        tools::printError(fmt::format("{}: {}; trying again", address_, natsStatus_GetText(status)));
         std::this_thread::sleep_for(pause);
+    }
+}
+
+void Connection::throwIfRefused() const {
+    {
+        const std::scoped_lock lock(lastRefusal().mutex);
+        if (!lastRefusal().text.empty()) {
+            throw QueueError(lastRefusal().text, NATS_NOT_PERMITTED);
+        }
+    }
+    if (natsConnection_IsClosed(connection_.get())) {
+        const char* reason = nullptr;
+        const natsStatus status = natsConnection_GetLastError(connection_.get(), &reason);
+        throw QueueError(fmt::format("{}: {}", address_, reason != nullptr ? reason : natsStatus_GetText(status)),
+                         NATS_CONNECTION_CLOSED);
     }
 }
 

@@ -25,10 +25,6 @@ private:
 /// permit, and therefore did not answer, the reason is that.
 void check(natsStatus status, std::string_view what, jsErrCode code = static_cast<jsErrCode>(0));
 
-/// Throws `QueueError` when the server has said that this user may not do something that was asked on the connection of
-/// this process. It says so later than the call returns, and answers nothing, so loops look here. From any thread.
-void throwIfRefused();
-
 template <auto destroy>
 struct Destroyer {
     void operator()(auto* object) const noexcept { destroy(object); }
@@ -60,11 +56,16 @@ public:
     /// A stream context whose asynchronous publications are answered through `acknowledged` (may be null).
     [[nodiscard]] ContextOwner context(jsPubAckHandler acknowledged = nullptr, void* closure = nullptr) const;
 
+    /// Throws `QueueError` when the server has said that this user may not do something that was asked, or does not let
+    /// us in again. It says so later than the call returns, and answers nothing, so loops look here. From any thread.
+    void throwIfRefused() const;
+
     [[nodiscard]] natsConnection* get() const noexcept { return connection_.get(); }
     /// Bytes that one message may have.
     [[nodiscard]] std::size_t largestMessage() const;
 
 private:
+    std::string address_;  // without passwords
     ConnectionOwner connection_;
 };
 

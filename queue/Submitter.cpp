@@ -19,7 +19,10 @@ constexpr std::int64_t kStepMilliseconds = 250;
 }  // namespace
 
 Submitter::Submitter(const Connection& connection, std::string name)
-    : name_(std::move(name)), job_(name_), context_(connection.context(&Submitter::acknowledged, this)) {
+    : connection_(connection),
+      name_(std::move(name)),
+      job_(name_),
+      context_(connection.context(&Submitter::acknowledged, this)) {
     job_.make(context_.get());
 }
 
@@ -47,7 +50,7 @@ void Submitter::publish(const std::string& message) {
     const natsStatus status = js_PublishMsgAsync(context_.get(), &made, &options);
     const MessageOwner owner(made);
     check(status, job_.workSubject());
-    throwIfRefused();
+    connection_.throwIfRefused();
     const std::scoped_lock lock(mutex_);
     if (!problem_.empty()) {
         throw QueueError(fmt::format("{}: {}", job_.workSubject(), problem_), NATS_ERR);
@@ -96,7 +99,7 @@ Submitted Submitter::finish() {
     for (std::int64_t waited = 0; status == NATS_TIMEOUT && waited < kPublishMilliseconds;
          waited += kStepMilliseconds) {
         status = js_PublishAsyncComplete(context_.get(), &options);
-        throwIfRefused();
+        connection_.throwIfRefused();
     }
     check(status, job_.workSubject());
     const std::scoped_lock lock(mutex_);

@@ -35,6 +35,7 @@ private:
     void publish(const std::string& message);
     Submitted finish();
 
+    const Connection& connection_;
     std::string name_;
     Job job_;
     ContextOwner context_;

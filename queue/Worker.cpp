@@ -62,7 +62,7 @@ void Worker::run() {
     while (!stops_) {
         fetch();
         try {
-            throwIfRefused();
+            connection_.throwIfRefused();
         } catch (const QueueError& error) {
             fail(error.what());
         }

@@ -74,7 +74,7 @@ bool isRefused(const queue::Connection& connection, const std::string& subject) 
     queue::check(natsConnection_FlushTimeout(connection.get(), 5000), subject);
     for (int attempt = 0; attempt < 100; ++attempt) {
         try {
-            queue::throwIfRefused();
+            connection.throwIfRefused();
         } catch (const queue::QueueError& error) {
             if (std::string(error.what()).find('"' + subject + '"') != std::string::npos) {
                 return true;
@@ -127,7 +127,7 @@ TEST_F(QueueSecurity, AWorkerMayMendAJobButNotMakeOne) {
             natsMsgList_Destroy(&list);
             queue::check(natsConnection_Flush(connection.get()), "flush");
         }
-        EXPECT_NO_THROW(queue::throwIfRefused());
+        EXPECT_NO_THROW(connection.throwIfRefused());
         for (const char* stream :
              {"STREAM.DELETE.quarry-default", "STREAM.PURGE.quarry-default", "STREAM.CREATE.x",
               "STREAM.UPDATE.quarry-default", "CONSUMER.DELETE.quarry-default-results.collector"}) {
@@ -225,6 +225,22 @@ TEST_F(QueueSecurity, AConnectionThatIsNotToBeTrustedIsNamed) {
     auto mismatch = rows[1];
     mismatch.words = "hostname mismatch:expected=localhost";
     expectRow(mismatch);
+}
+
+// The library gives a connection up whose password is no longer right; nobody would hear of it.
+TEST_F(QueueSecurity, AWorkerThatIsNotLetInAgainStops) {
+    startServer({"--user", "worker", "--pass", "worker-secret"});
+    setServer(address("nats", "worker:worker-secret"));
+    ASSERT_EQ(surroundings_.run({"submit"}, "{\"path\": \"/nowhere\"}\n").status, 0);
+    const pid_t worker = start({"worker", "--output", "results"});
+    const auto isIdle = [&] { return surroundings_.run({"queue"}).out.starts_with("0 pending, 0 running"); };
+    for (int attempt = 0; attempt < 200 && !isIdle(); ++attempt) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    }
+    stopServer(SIGKILL);
+    startServer({"--user", "worker", "--pass", "another"});
+    EXPECT_EQ(waitForEnd(worker), 3);
+    EXPECT_NE(contents(path("output")).find("uthorization Violation"), std::string::npos) << contents(path("output"));
 }
 
 // A password goes over TLS or not at all when the address says so.
