@@ -8,6 +8,7 @@ namespace quarry::mobi {
 namespace {
 
 constexpr std::size_t kMobiHeader = 16;  // after the sixteen bytes that plain texts have too
+constexpr std::size_t kShortest = 24;
 constexpr std::uint32_t kHasTags = 0x40;
 constexpr std::uint32_t kMaxTags = 4096;
 
@@ -45,7 +46,8 @@ std::optional<BookHeader> headerFromRecord(std::string_view record) {
 
     header.isMobipocket = true;
     // The first headers of the kind are shorter: what lies beyond their end is something else.
-    const std::size_t length = number32(record, 20);
+    // Some of them say no length.
+    const std::size_t length = std::max<std::size_t>(number32(record, 20), kShortest);
     const std::string_view fields = record.substr(0, kMobiHeader + std::min(length, record.size() - kMobiHeader));
     header.isUtf8 = number32(fields, 28) == kUtf8;
     header.version = number32(fields, 36);

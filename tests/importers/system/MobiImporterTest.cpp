@@ -82,6 +82,13 @@ TEST_F(MobiImporterTest, ReadsWindowsLatin1) {
     EXPECT_EQ(stringOf(found, u"kMDItemTextContent"), u"\u201Ccaf\u00E9\u201D");
 }
 
+TEST_F(MobiImporterTest, OldHeadersMaySayNoLength) {
+    MadeBook book = olderBook();
+    std::string bytes = book.bytes();
+    bytes.replace(bytes.find("MOBI", 78) + 4, 4, big(0, 4));
+    EXPECT_EQ(metaData("a.prc", bytes), (Dictionary{{u"kMDItemTextContent", kOlderText}}));
+}
+
 TEST_F(MobiImporterTest, PutsTheNewerFormTogether) {
     EXPECT_EQ(textOf(newerBook().bytes(), "a.azw3"), kNewerText);
 }
@@ -227,6 +234,12 @@ TEST_F(MobiImporterTest, WhatIsCutGivesTheRecordsBefore) {
         for (std::size_t length = 0; length < whole.size(); length += length < 1200 ? 13 : 3)
             (void)mobi::informationFromBook(std::string_view(whole).substr(0, length));
     }
+}
+
+TEST_F(MobiImporterTest, ADamagedRecordEndsTheText) {
+    MadeBook book = olderBook();
+    book.text[1] = "\xBF\xFF";  // a repetition of what is not there
+    EXPECT_EQ(textOf(book.bytes()), u"One & one, a banana");
 }
 
 TEST_F(MobiImporterTest, DamagedBooksEnd) {
