@@ -80,7 +80,7 @@ bool Publisher::send(const std::string& identifier, const Piece& piece) {
 void Publisher::acknowledged(jsCtx*, natsMsg* message, jsPubAck*, jsPubAckErr* error, void* closure) {
     const MessageOwner owner(message);
     const char* identifier = nullptr;
-    if (natsMsgHeader_Get(message, "Nats-Msg-Id", &identifier) == NATS_OK) {
+    if (natsMsgHeader_Get(message, kIdentifierHeader, &identifier) == NATS_OK) {
         static_cast<Publisher*>(closure)->answered(identifier, error == nullptr);
     }
 }

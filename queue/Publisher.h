@@ -20,6 +20,8 @@ namespace quarry::queue {
 inline constexpr const char* kResultHeader = "Quarry-Result";      // its key
 inline constexpr const char* kPartHeader = "Quarry-Part";          // "2/3"; none for a result in one piece
 inline constexpr const char* kEncodingHeader = "Quarry-Encoding";  // "zstd", or none
+// The server's own, of any message: a second one of the same number is none.
+inline constexpr const char* kIdentifierHeader = "Nats-Msg-Id";
 
 /// Publishes without waiting, and tells when the server has a result on its disk. What is not answered is published
 /// again; the number of a message keeps the server from having it twice. For several threads.
@@ -63,13 +65,13 @@ private:
 
     std::string prefix_;
     std::size_t largest_;
-    ContextOwner context_;
     std::mutex mutex_;
     std::condition_variable less_;
     std::map<std::string, Piece> pieces_;  // by the number of the message
     std::size_t bytes_ = 0;
     bool waits_ = true;
     std::vector<std::string> failed_;
+    ContextOwner context_;  // the last: its callbacks use the others
 };
 
 }  // namespace quarry::queue

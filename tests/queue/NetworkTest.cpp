@@ -2,8 +2,10 @@
 #include "tests/queue/QueueFixture.h"
 #include "tests/queue/Relay.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <chrono>
 #include <csignal>
@@ -25,6 +27,10 @@ protected:
         const std::string state = surroundings_.run({"queue"}).out;
         const std::size_t place = state.find("), ");
         return place == state.npos ? 0 : std::stoull(state.substr(place + 3));
+    }
+    [[nodiscard]] std::uint64_t pending() const {
+        const std::string state = surroundings_.run({"queue"}).out;
+        return state.empty() ? 0 : std::stoull(state);
     }
     void waitForResults(std::uint64_t count) const {
         for (int attempt = 0; attempt < 300 && results() < count; ++attempt) {
@@ -111,6 +117,37 @@ TEST_P(QueueNetwork, OthersTakeOverMeanwhile) {
             EXPECT_EQ(statuses.size(), 1U) << folder << ": " << name;
         }
     }
+}
+
+// Requests come slowly enough that the network is lost among them.
+TEST_P(QueueNetwork, ASubmitterPublishesAgainWhatNobodyAnswered) {
+    constexpr int kCount = 2000;
+    int ends[2];
+    ASSERT_EQ(::pipe2(ends, O_CLOEXEC), 0);
+    setServer("nats://127.0.0.1:" + std::to_string(relay_.port()));
+    const int output = ::open((surroundings_.folder() / "output").c_str(), O_CREAT | O_WRONLY | O_CLOEXEC, 0600);
+    const pid_t submitter = surroundings_.start({"submit"}, output, output, ends[0]);
+    ::close(ends[0]);
+    ::close(output);
+    std::thread writer([&] {
+        for (int i = 0; i < kCount; ++i) {
+            const std::string line = "{\"path\": \"/nowhere/" + std::to_string(i) + "\"}\n";
+            EXPECT_EQ(::write(ends[1], line.data(), line.size()), static_cast<ssize_t>(line.size()));
+            if (i % 10 == 0) {
+                std::this_thread::sleep_for(10ms);
+            }
+        }
+        ::close(ends[1]);
+    });
+    setServer("nats://127.0.0.1:" + std::to_string(port_));
+    for (int attempt = 0; attempt < 200 && pending() < 100; ++attempt) {
+        std::this_thread::sleep_for(20ms);
+    }
+    loseNetwork();
+    writer.join();
+    EXPECT_EQ(waitForEnd(submitter), 0);
+    EXPECT_EQ(contents(surroundings_.folder() / "output"), "quarry: 2000 submitted, 0 of them were there before\n");
+    EXPECT_EQ(pending(), static_cast<std::uint64_t>(kCount));
 }
 
 INSTANTIATE_TEST_SUITE_P(Outages, QueueNetwork, ::testing::Values(Relay::State::severed, Relay::State::silent),

@@ -67,6 +67,7 @@ void QueueFixture::launchServer(std::vector<std::string> words) {
     words.insert(words.begin(), NATS_SERVER);
     words.insert(words.end(), {"-l", surroundings_.folder() / "server.log"});
     std::vector<char*> arguments;
+    arguments.reserve(words.size() + 1);
     for (std::string& word : words) {
         arguments.push_back(word.data());
     }
