@@ -48,8 +48,10 @@ std::optional<std::string> unpacked(const std::string& frame) {
 
 Collector::Collector(const Connection& connection, const Job& job, MergedResults& results)
     : connection_(connection), job_(job), results_(results), context_(connection.context()) {
-    job_.make(context_.get());
-    subscription_ = job_.subscribeToResults(context_.get());
+    connection_.ask([this] {
+        job_.make(context_.get());
+        subscription_ = job_.subscribeToResults(context_.get());
+    });
 }
 
 void Collector::run(bool forever) {
@@ -64,7 +66,8 @@ void Collector::run(bool forever) {
         if (isSomething || forever) {
             continue;
         }
-        const JobNumbers numbers = job_.numbers(context_.get());
+        JobNumbers numbers;
+        connection_.ask([&] { numbers = job_.numbers(context_.get()); });
         if (numbers.pending == 0 && numbers.running == 0 && parts_.empty()) {
             break;
         }

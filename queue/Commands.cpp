@@ -72,10 +72,12 @@ private:
     std::uint64_t results_ = 0;
 };
 
-Status watch(const Invocation& invocation, const Job& job, jsCtx* context) {
+Status watch(const Invocation& invocation, const Connection& connection, const Job& job) {
+    const ContextOwner context = connection.context();
     Rate rate;
     while (true) {
-        const JobNumbers numbers = job.numbers(context);
+        JobNumbers numbers;
+        connection.ask([&] { numbers = job.numbers(context.get()); });
         if (!tools::print(stateText(numbers) + rate.next(numbers) + "\n")) {
             return Status::result;
         }
@@ -166,7 +168,7 @@ Status queueCommand(const Invocation& invocation) {
     if (!invocation.batch.output.empty()) {
         return collect(invocation, connection, job);
     }
-    return watch(invocation, job, connection.context().get());
+    return watch(invocation, connection, job);
 }
 
 }  // namespace quarry::queue

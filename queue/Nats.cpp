@@ -110,6 +110,23 @@ bool mayBeLate(natsStatus status) noexcept {
            status == NATS_CONNECTION_CLOSED || status == NATS_CONNECTION_DISCONNECTED;
 }
 
+/// Growing pauses, for so many seconds in all.
+class Patience {
+public:
+    explicit Patience(double seconds)
+        : end_(Clock::now() + std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(seconds))) {}
+
+    [[nodiscard]] bool isAtItsEnd() const { return Clock::now() + pause_ > end_; }
+    void pause() {
+        std::this_thread::sleep_for(pause_);
+        pause_ = std::min<std::chrono::milliseconds>(pause_ * 2, 8s);
+    }
+
+private:
+    Clock::time_point end_;
+    std::chrono::milliseconds pause_ = 250ms;
+};
+
 /// What a user can do about a server that refuses; empty where its words say it.
 std::string hintFor(natsStatus status, const ServerOptions& server) {
     if (status == NATS_SSL_ERROR && server.authority.empty()) {
@@ -160,22 +177,20 @@ void check(natsStatus status, std::string_view what, jsErrCode code) {
     throw QueueError(fmt::format("{}: {}", what, reason), status);
 }
 
-Connection::Connection(const ServerOptions& server) : address_(shownAddress(server.url)) {
+Connection::Connection(const ServerOptions& server) : address_(shownAddress(server.url)), patience_(server.patience) {
     {
         const std::scoped_lock lock(lastRefusal().mutex);
         lastRefusal().text.clear();
     }
     const OptionsOwner options = optionsOf(server);
-    const Clock::time_point end =
-        Clock::now() + std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(server.patience));
-    for (auto pause = 250ms;; pause = std::min<std::chrono::milliseconds>(pause * 2, 8s)) {
+    for (Patience patience(patience_);; patience.pause()) {
         natsConnection* made = nullptr;
         const natsStatus status = natsConnection_Connect(&made, options.get());
         connection_.reset(made);
         if (status == NATS_OK) {
             return;
         }
-        if (!mayBeLate(status) || Clock::now() + pause > end) {
+        if (!mayBeLate(status) || patience.isAtItsEnd()) {
             try {
                 check(status, address_);
             } catch (const QueueError& error) {
@@ -183,7 +198,20 @@ Connection::Connection(const ServerOptions& server) : address_(shownAddress(serv
             }
         }
         tools::printError(fmt::format("{}: {}; trying again", address_, natsStatus_GetText(status)));
-        std::this_thread::sleep_for(pause);
+    }
+}
+
+void Connection::ask(const std::function<void()>& question) const {
+    for (Patience patience(patience_);; patience.pause()) {
+        try {
+            return question();
+        } catch (const QueueError& error) {
+            if (!mayBeLate(error.status()) || patience.isAtItsEnd()) {
+                throw;
+            }
+            tools::printError(fmt::format("{}; trying again", error.what()));
+        }
+        throwIfRefused();
     }
 }
 

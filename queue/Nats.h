@@ -4,6 +4,7 @@
 #include <nats/nats.h>
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -56,6 +57,10 @@ public:
     /// A stream context whose asynchronous publications are answered through `acknowledged` (may be null).
     [[nodiscard]] ContextOwner context(jsPubAckHandler acknowledged = nullptr, void* closure = nullptr) const;
 
+    /// Asks the server something, and asks again while it does not answer, for as long as one that is not there is
+    /// tried again. Throws what `question` throws otherwise.
+    void ask(const std::function<void()>& question) const;
+
     /// Throws `QueueError` when the server has said that this user may not do something that was asked, or does not let
     /// us in again. It says so later than the call returns, and answers nothing, so loops look here. From any thread.
     void throwIfRefused() const;
@@ -66,6 +71,7 @@ public:
 
 private:
     std::string address_;  // without passwords
+    double patience_;      // seconds
     ConnectionOwner connection_;
 };
 

@@ -37,7 +37,7 @@ Submitter::Submitter(const Connection& connection, std::string name)
       name_(std::move(name)),
       job_(name_),
       context_(connection.context(&Submitter::acknowledged, this)) {
-    job_.make(context_.get());
+    connection_.ask([this] { job_.make(context_.get()); });
 }
 
 void Submitter::acknowledged(jsCtx*, natsMsg* message, jsPubAck* acknowledgement, jsPubAckErr* error, void* closure) {

@@ -43,8 +43,11 @@ Worker::Worker(const Connection& connection, const Job& job, WorkerOptions optio
       folder_(folder),
       publisher_(connection, job),
       context_(connection.context()) {
-    job_.make(context_.get());
-    subscription_ = job_.subscribeToWork(context_.get());
+    connection_.ask([this] {
+        job_.make(context_.get());
+        subscription_ = job_.subscribeToWork(context_.get());
+        advisories_ = job_.subscribeToAdvisories(context_.get());
+    });
     for (unsigned i = 0; i < options_.slots; ++i) {
         const std::string registry = fmt::format("{}/{}", registryFolder, i);
         ::mkdir(registry.c_str(), 0700);
@@ -288,7 +291,6 @@ void Worker::commitFolder() {
 }
 
 void Worker::beat(const std::stop_token& stop) {
-    const SubscriptionOwner advisories = job_.subscribeToAdvisories(context_.get());
     for (int beats = 1; !stop.stop_requested(); ++beats) {
         std::this_thread::sleep_for(kBeat);
         publisher_.retry();
@@ -297,7 +299,7 @@ void Worker::beat(const std::stop_token& stop) {
             signOfLife();
         }
         if (beats % kBeatsToAdvisories == 0) {
-            buryGivenUp(advisories.get());
+            buryGivenUp();
         }
     }
 }
@@ -310,11 +312,11 @@ void Worker::signOfLife() {
 }
 
 /// Messages that the server does not deliver any more: each gets a result, and goes.
-void Worker::buryGivenUp(natsSubscription* advisories) {
+void Worker::buryGivenUp() {
     constexpr int kMost = 32;
     natsMsgList list{};
     jsErrCode code{};
-    if (natsSubscription_Fetch(&list, advisories, kMost, 10, &code) != NATS_OK) {
+    if (natsSubscription_Fetch(&list, advisories_.get(), kMost, 10, &code) != NATS_OK) {
         natsMsgList_Destroy(&list);
         return;
     }

@@ -62,7 +62,7 @@ private:
     void acknowledge(const DeliveryPointer& delivery);
     void beat(const std::stop_token& stop);
     void signOfLife();
-    void buryGivenUp(natsSubscription* advisories);
+    void buryGivenUp();
     void commitFolder();
     void fail(const std::string& problem);
     [[nodiscard]] bool hasProblem() const;
@@ -75,6 +75,7 @@ private:
     Publisher publisher_;
     ContextOwner context_;
     SubscriptionOwner subscription_;
+    SubscriptionOwner advisories_;
     std::vector<std::unique_ptr<tools::BatchSlot>> slots_;
 
     std::atomic<bool> stops_ = false;
