@@ -34,6 +34,14 @@ echo '#include <quarry_importer.h>' > "$work/alone/alone.c"
 cmake -S "$work/alone" -B "$work/alone/build" -G Ninja -DCMAKE_PREFIX_PATH="$prefix" > "$work/log" 2>&1 &&
   cmake --build "$work/alone/build" >> "$work/log" 2>&1 || { cat "$work/log"; fail "the header alone"; }
 
+# The importer of movies is installed with its reader.
+movies=$prefix/lib/quarry/Spotlight/Movie.mdimporter
+if [ -e "$movies" ]; then
+  [ -e "$movies/Contents/PlugIns/MovieReader.so" ] || fail "no reader of movies"
+  { printf '.snd\0\0\0\030\0\0\037\100\0\0\0\001\0\0\037\100\0\0\0\001'; head -c 8000 /dev/zero; } > "$work/a.au"
+  [[ $("$prefix/bin/quarry" metadata "$work/a.au") == *'"kMDItemAudioSampleRate": 8000'* ]] || fail "a.au is not read"
+fi
+
 export XDG_DATA_HOME=$work/data
 listed=$("$prefix/bin/quarry" importers)
 [ "$(grep -cF "$work/data/quarry/Spotlight/" <<<"$listed")" -eq 2 ] || fail "listed: $listed"
