@@ -1,0 +1,126 @@
+// What importers cost beyond the libraries below them: processor time, warm and in one process, of a bundle loaded as
+// the helper loads it, and of its library called bare for the same job.
+//
+// Usage: importer_costs FOLDER FILE...     the folder with the bundles, PREFIX/lib/quarry/Spotlight
+#include "foundation/Path.h"
+#include "importers/ImporterPlugIn.h"
+
+#include <archive.h>
+#include <archive_entry.h>
+#include <ft2build.h>
+#include FT_FREETYPE_H
+#include FT_SFNT_NAMES_H
+#include <taglib/fileref.h>
+#include <taglib/tpropertymap.h>
+extern "C" {
+#include <libavformat/avformat.h>
+#include <libavutil/log.h>
+}
+
+#include <algorithm>
+#include <cstdio>
+#include <ctime>
+#include <filesystem>
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace {
+
+void listArchive(const char* path) {
+    archive* const reader = archive_read_new();
+    archive_read_support_filter_all(reader);
+    archive_read_support_format_all(reader);
+    archive_entry* entry = nullptr;
+    if (archive_read_open_filename(reader, path, 64 << 10) == ARCHIVE_OK) {
+        while (archive_read_next_header(reader, &entry) == ARCHIVE_OK)
+            (void)archive_entry_pathname_utf8(entry);
+    }
+    archive_read_free(reader);
+}
+
+void readTags(const char* path) {
+    const TagLib::FileRef file(path);
+    if (!file.isNull()) (void)file.file()->properties();
+}
+
+void readFont(const char* path) {
+    static FT_Library library = nullptr;
+    if (library == nullptr && FT_Init_FreeType(&library) != 0) return;
+    FT_Face face = nullptr;
+    if (FT_New_Face(library, path, 0, &face) != 0) return;
+    FT_SfntName name;
+    for (FT_UInt i = 0; i < FT_Get_Sfnt_Name_Count(face); ++i)
+        (void)FT_Get_Sfnt_Name(face, i, &name);
+    FT_Done_Face(face);
+}
+
+void openMovie(const char* path) {
+    AVFormatContext* format = nullptr;
+    if (avformat_open_input(&format, path, nullptr, nullptr) != 0) return;
+    avformat_find_stream_info(format, nullptr);
+    avformat_close_input(&format);
+}
+
+struct Bare {
+    const char* bundle;
+    void (*read)(const char* path);
+    std::vector<std::string> extensions;
+};
+
+const std::vector<Bare> kBare = {
+    {"Archive", listArchive, {".7z", ".zip", ".tar", ".tgz", ".rar"}},
+    {"Audio", readTags, {".mp3", ".flac", ".ogg", ".opus", ".wma", ".aif", ".m4a", ".wav"}},
+    {"Font", readFont, {".ttf", ".otf", ".pfb"}},
+    {"Movie", openMovie, {".mp4", ".mov", ".mkv", ".webm", ".avi", ".ts"}},
+};
+
+double processorMicroseconds() {
+    std::timespec time{};
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+    return static_cast<double>(time.tv_sec) * 1e6 + static_cast<double>(time.tv_nsec) / 1e3;
+}
+
+double timeOf(const std::function<void()>& job, int count) {
+    const double start = processorMicroseconds();
+    for (int i = 0; i < count; ++i)
+        job();
+    return (processorMicroseconds() - start) / count;
+}
+
+/// The smallest of several rounds of each, taken in turns, so that both see the same neighbours.
+void compare(const Bare& bare, quarry_importer& importer, const std::string& path) {
+    constexpr int kRounds = 15;
+    const auto ours = [&] { (void)quarry::attributesFromImporter(importer, u"public.data", path); };
+    const auto theirs = [&] { bare.read(path.c_str()); };
+    ours();
+    const int count = std::clamp(static_cast<int>(10'000 / std::max(timeOf(theirs, 2), 1.0)), 1, 1000);
+    double oursBest = 1e12;
+    double theirsBest = 1e12;
+    for (int round = 0; round < kRounds; ++round) {
+        oursBest = std::min(oursBest, timeOf(ours, count));
+        theirsBest = std::min(theirsBest, timeOf(theirs, count));
+    }
+    std::printf("| %s | %s | %.0f | %.0f | %.2f |\n", bare.bundle, std::filesystem::path(path).filename().c_str(),
+                oursBest, theirsBest, oursBest / theirsBest);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (argc < 3) {
+        std::fputs("usage: importer_costs FOLDER FILE...\n", stderr);
+        return 2;
+    }
+    av_log_set_level(AV_LOG_QUIET);
+    std::puts("| Bundle | File | importer us | library us | ratio |\n|---|---|---:|---:|---:|");
+    for (const Bare& bare : kBare) {
+        const std::string bundle = std::string(argv[1]) + "/" + bare.bundle + ".mdimporter";
+        quarry_importer* const importer = quarry::importerInterfaceOfBundle(halden::stringFromPathBytes(bundle));
+        for (int i = 2; importer != nullptr && i < argc; ++i) {
+            const std::string extension = std::filesystem::path(argv[i]).extension();
+            if (std::ranges::find(bare.extensions, extension) != bare.extensions.end())
+                compare(bare, *importer, argv[i]);
+        }
+    }
+}
