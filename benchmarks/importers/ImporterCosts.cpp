@@ -18,6 +18,7 @@ extern "C" {
 }
 
 #include <algorithm>
+#include <clocale>
 #include <cstdio>
 #include <ctime>
 #include <filesystem>
@@ -33,7 +34,8 @@ void listArchive(const char* path) {
     archive_read_support_format_all(reader);
     archive_entry* entry = nullptr;
     if (archive_read_open_filename(reader, path, 64 << 10) == ARCHIVE_OK) {
-        while (archive_read_next_header(reader, &entry) == ARCHIVE_OK)
+        int status = archive_read_next_header(reader, &entry);
+        for (; status == ARCHIVE_OK || status == ARCHIVE_WARN; status = archive_read_next_header(reader, &entry))
             (void)archive_entry_pathname_utf8(entry);
     }
     archive_read_free(reader);
@@ -112,6 +114,7 @@ int main(int argc, char** argv) {
         std::fputs("usage: importer_costs FOLDER FILE...\n", stderr);
         return 2;
     }
+    std::setlocale(LC_CTYPE, "C.UTF-8");  // libarchive converts names by it
     av_log_set_level(AV_LOG_QUIET);
     std::puts("| Bundle | File | importer us | library us | ratio |\n|---|---|---:|---:|---:|");
     for (const Bare& bare : kBare) {
