@@ -76,7 +76,7 @@ std::string nameOf(archive_entry* entry) {
 /// Whether the names stand apart from what they name, so that nothing need be unpacked between them.
 bool hasNamesApart(archive* reader) {
     const int format = archive_format(reader) & ARCHIVE_FORMAT_BASE_MASK;
-    if (format == ARCHIVE_FORMAT_ZIP) return true;
+    if (format == ARCHIVE_FORMAT_ZIP || format == ARCHIVE_FORMAT_7ZIP) return true;
     const bool isPlain = archive_filter_code(reader, 0) == ARCHIVE_FILTER_NONE;
     return isPlain && (format == ARCHIVE_FORMAT_TAR || format == ARCHIVE_FORMAT_CPIO || format == ARCHIVE_FORMAT_AR);
 }
