@@ -34,6 +34,15 @@ std::optional<std::string_view> unsealed(std::string_view line) {
     return sealed(std::string(text)) == fmt::format("{}\n", line) ? std::optional(text) : std::nullopt;
 }
 
+/// A folder's name may have line feeds, a record may not.
+std::string onOneLine(std::string_view name) {
+    std::string line;
+    for (const char byte : name) {
+        line += byte == '\n' ? std::string_view("\\n") : byte == '\\' ? "\\\\" : std::string_view(&byte, 1);
+    }
+    return line;
+}
+
 bool writeAll(int file, std::string_view text) noexcept {
     while (!text.empty()) {
         const ssize_t count = ::write(file, text.data(), text.size());
@@ -86,22 +95,28 @@ std::optional<std::string> BatchJournal::open(const std::string& path, const std
     if (!data) {
         return fmt::format("{}: {}", path, std::strerror(errno));
     }
+    const std::string expected = onOneLine(outputName);
+    const std::string header = sealed(fmt::format("{}{}", kHeader, expected));
     std::string name;
     read(data->view(), name);
-    if (data->length() == 0) {
-        name = outputName;
-        if (!writeAll(file_, sealed(fmt::format("{}{}", kHeader, outputName)))) {
+    // One that was killed, or found the disk full, while it wrote its first line has nothing else to lose.
+    if (data->length() < header.size() && header.starts_with(data->view())) {
+        name = expected;
+        if (::ftruncate(file_, 0) != 0 || !writeAll(file_, header)) {
             return fmt::format("{}: {}", path, std::strerror(errno));
         }
+        return std::nullopt;
     }
     if (name.empty()) {
         return fmt::format("{}: this is no journal of a batch", path);
     }
-    if (name != outputName) {
+    if (name != expected) {
         return fmt::format("{}: its results are in {}", path, name);
     }
-    // The end of a record that was cut off must not run together with the next one.
-    if (data->length() > 0 && !data->view().ends_with('\n') && !writeAll(file_, "\n")) {
+    // A record that was cut off goes away. Ended now, one that lacks no more than its line feed would count the next
+    // time, when its result has been cut off too.
+    const std::size_t whole = data->view().rfind('\n') + 1;
+    if (whole < data->length() && ::ftruncate(file_, static_cast<off_t>(whole)) != 0) {
         return fmt::format("{}: {}", path, std::strerror(errno));
     }
     return std::nullopt;

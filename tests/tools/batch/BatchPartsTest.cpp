@@ -137,6 +137,65 @@ TEST_F(BatchFolder, RecordsThatAreNotWholeAreNotWritten) {
     EXPECT_FALSE(journal.takeDone(requests[0]));  // one record answers for one request
 }
 
+TEST_F(BatchFolder, ARecordThatIsCutOffNeverCounts) {
+    const std::string path = folder_ / "journal";
+    const BatchJournal::Record records[] = {{.key = 1, .fingerprint = 2}, {.key = 3, .fingerprint = 4}};
+    std::uintmax_t first = 0;
+    {
+        BatchJournal journal;
+        ASSERT_FALSE(journal.open(path, "here"));
+        ASSERT_TRUE(journal.append(records[0], {.shard = 1, .length = 10}));
+        first = fs::file_size(path);
+        ASSERT_TRUE(journal.append(records[1], {.shard = 1, .length = 20}));
+    }
+    fs::resize_file(path, fs::file_size(path) - 1);  // only the line feed is missing
+    for (int time = 0; time < 3; ++time) {
+        BatchJournal journal;
+        ASSERT_FALSE(journal.open(path, "here"));
+        EXPECT_TRUE(journal.contains(records[0]));
+        EXPECT_FALSE(journal.contains(records[1])) << time;
+        EXPECT_EQ(journal.place(), (ResultPlace{1, 10})) << time;
+        EXPECT_EQ(fs::file_size(path), first);
+    }
+}
+
+TEST_F(BatchFolder, AJournalWhoseFirstLineIsCutOffIsBegunAgain) {
+    const std::string path = folder_ / "journal";
+    const BatchJournal::Record record{.key = 1, .fingerprint = 2};
+    std::uintmax_t header = 0;
+    {
+        BatchJournal journal;
+        ASSERT_FALSE(journal.open(path, "here"));
+        header = fs::file_size(path);
+    }
+    for (std::uintmax_t length = 0; length <= header; ++length) {
+        fs::resize_file(path, length);
+        {
+            BatchJournal journal;
+            const auto problem = journal.open(path, "here");
+            ASSERT_FALSE(problem) << length << *problem;
+            ASSERT_TRUE(journal.append(record, {.shard = 1, .length = 10}));
+        }
+        BatchJournal again;
+        ASSERT_FALSE(again.open(path, "here")) << length;
+        EXPECT_TRUE(again.contains(record)) << length;
+    }
+    write("journal", "quarry-other");
+    BatchJournal other;
+    EXPECT_TRUE(other.open(path, "here"));
+    EXPECT_EQ(fs::file_size(path), 12U);
+}
+
+TEST_F(BatchFolder, AJournalKnowsAFolderWithALineFeedInItsName) {
+    const std::string path = folder_ / "journal";
+    for (int time = 0; time < 2; ++time) {
+        BatchJournal journal;
+        EXPECT_FALSE(journal.open(path, "a\nb")) << time;
+    }
+    BatchJournal other;
+    EXPECT_TRUE(other.open(path, "a\\nb"));
+}
+
 TEST_F(BatchFolder, AJournalIsOfOneBatchAtATime) {
     const std::string path = folder_ / "journal";
     const pid_t child = ::fork();
