@@ -115,8 +115,7 @@ TEST_F(BatchFolder, RecordsThatAreNotWholeAreNotWritten) {
         std::ofstream(path, std::ios::trunc) << whole.substr(0, length);
         BatchJournal journal;
         const auto problem = journal.open(path, "here");
-        const std::size_t header = whole.find('\n') + 1;
-        EXPECT_EQ(problem.has_value(), length > 0 && length < header) << length;
+        EXPECT_FALSE(problem.has_value()) << length;  // even of the first line: a full disk may have cut it off
         EXPECT_EQ(journal.takeDone(requests[2]), length == whole.size()) << length;
         EXPECT_EQ(journal.takeDone(requests[1]), length >= lastRecord) << length;
         if (length >= lastRecord && length < whole.size()) {
