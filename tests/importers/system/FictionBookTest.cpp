@@ -39,6 +39,19 @@ TEST_F(FictionBookTest, GivesWhatTheBookSaysAndItsWords) {
                                                     {u"kMDItemTextContent", u"One\nA b c\n\u041F\u0440\n"}}));
 }
 
+TEST_F(FictionBookTest, CellsAndLinesOfTheDocumentKeepTheirWordsApart) {
+    const auto found = metaData("a.fb2", R"(<FictionBook><body><section><p>A line that the
+        document <emphasis>breaks</emphasis> </p><table>
+        <tr><th>Name</th><th>Price</th></tr>
+        <tr>
+          <td>Pear </td>
+          <td/>
+          <td>12</td>
+        </tr></table><annotation><p>Of the section</p></annotation></section></body></FictionBook>)");
+    EXPECT_EQ(stringOf(found, u"kMDItemTextContent"),
+              u"A line that the document breaks\nName\tPrice\nPear\t\t12\nOf the section\n");
+}
+
 TEST_F(FictionBookTest, WhatIsCutGivesWhatStandsBeforeAndOthersNothing) {
     const std::string book = kBook;
     for (std::size_t length = 0; length < book.size(); length += 40)
