@@ -1,7 +1,8 @@
 # quarry_importer_bundle(NAME SOURCES file... INFO_PLIST file [LINK library...] [OUTPUT folder] [NO_INSTALL])
 #
-# The bundle NAME.mdimporter with Contents/Info.plist and the shared object Contents/Linux/NAME (target NAME_importer), in
-# lib/quarry/Spotlight of the build tree, or in the folder OUTPUT. Only the functions marked as exported are visible.
+# The bundle NAME.mdimporter with Contents/Info.plist and the shared object Contents/Linux/NAME (target NAME_importer),
+# in lib/quarry/Spotlight of the build tree, or in the folder OUTPUT. Only its factory, a function named make...,
+# is visible.
 function(quarry_importer_bundle name)
   cmake_parse_arguments(arg "NO_INSTALL" "INFO_PLIST;OUTPUT" "SOURCES;LINK" ${ARGN})
   if(NOT arg_OUTPUT)
@@ -13,6 +14,9 @@ function(quarry_importer_bundle name)
   quarry_target_defaults(${target})
   target_link_libraries(${target} PRIVATE quarry::sdk ${arg_LINK})
   target_link_options(${target} PRIVATE -Wl,--exclude-libs,ALL)
+  set(exports ${PROJECT_SOURCE_DIR}/cmake/ImporterExports.map)
+  target_link_options(${target} PRIVATE -Wl,--version-script=${exports})
+  set_target_properties(${target} PROPERTIES LINK_DEPENDS ${exports})
   if(NOT QUARRY_SANITIZE)  # the sanitizers leave symbols to the program
     target_link_options(${target} PRIVATE -Wl,-z,defs)
   endif()

@@ -34,6 +34,12 @@ echo '#include <quarry_importer.h>' > "$work/alone/alone.c"
 cmake -S "$work/alone" -B "$work/alone/build" -G Ninja -DCMAKE_PREFIX_PATH="$prefix" > "$work/log" 2>&1 &&
   cmake --build "$work/alone/build" >> "$work/log" 2>&1 || { cat "$work/log"; fail "the header alone"; }
 
+# A bundle shows its factory and nothing of the libraries inside.
+for binary in "$prefix"/lib/quarry/Spotlight/*.mdimporter/Contents/Linux/*; do
+  shown=$(nm -D --defined-only "$binary" | awk '{ print $3 }')
+  [[ $shown =~ ^make[A-Za-z]+$ ]] || fail "$binary shows ${shown:0:200}"
+done
+
 # The importer of movies is installed with its reader.
 movies=$prefix/lib/quarry/Spotlight/Movie.mdimporter
 if [ -e "$movies" ]; then
