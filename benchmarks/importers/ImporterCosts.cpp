@@ -2,20 +2,14 @@
 // the helper loads it, and of its library called bare for the same job.
 //
 // Usage: importer_costs FOLDER FILE...     the folder with the bundles, PREFIX/lib/quarry/Spotlight
+#include "benchmarks/importers/BareLibraries.h"
 #include "foundation/Path.h"
 #include "importers/ImporterPlugIn.h"
 
-#include <archive.h>
-#include <archive_entry.h>
-#include <ft2build.h>
-#include FT_FREETYPE_H
-#include FT_SFNT_NAMES_H
-#include <taglib/fileref.h>
-#include <taglib/tpropertymap.h>
 extern "C" {
-#include <libavformat/avformat.h>
 #include <libavutil/log.h>
 }
+#include <vips/vips.h>
 
 #include <algorithm>
 #include <clocale>
@@ -28,53 +22,27 @@ extern "C" {
 
 namespace {
 
-void listArchive(const char* path) {
-    archive* const reader = archive_read_new();
-    archive_read_support_filter_all(reader);
-    archive_read_support_format_all(reader);
-    archive_entry* entry = nullptr;
-    if (archive_read_open_filename(reader, path, 64 << 10) == ARCHIVE_OK) {
-        int status = archive_read_next_header(reader, &entry);
-        for (; status == ARCHIVE_OK || status == ARCHIVE_WARN; status = archive_read_next_header(reader, &entry))
-            (void)archive_entry_pathname_utf8(entry);
-    }
-    archive_read_free(reader);
-}
-
-void readTags(const char* path) {
-    const TagLib::FileRef file(path);
-    if (!file.isNull()) (void)file.file()->properties();
-}
-
-void readFont(const char* path) {
-    static FT_Library library = nullptr;
-    if (library == nullptr && FT_Init_FreeType(&library) != 0) return;
-    FT_Face face = nullptr;
-    if (FT_New_Face(library, path, 0, &face) != 0) return;
-    FT_SfntName name;
-    for (FT_UInt i = 0; i < FT_Get_Sfnt_Name_Count(face); ++i)
-        (void)FT_Get_Sfnt_Name(face, i, &name);
-    FT_Done_Face(face);
-}
-
-void openMovie(const char* path) {
-    AVFormatContext* format = nullptr;
-    if (avformat_open_input(&format, path, nullptr, nullptr) != 0) return;
-    avformat_find_stream_info(format, nullptr);
-    avformat_close_input(&format);
-}
-
 struct Bare {
     const char* bundle;
     void (*read)(const char* path);
     std::vector<std::string> extensions;
 };
 
+using namespace quarry::bare;
+
 const std::vector<Bare> kBare = {
     {"Archive", listArchive, {".7z", ".zip", ".tar", ".tgz", ".rar"}},
     {"Audio", readTags, {".mp3", ".flac", ".ogg", ".opus", ".wma", ".aif", ".m4a", ".wav"}},
+    {"CHM", readCompiledHelp, {".chm"}},
+    {"DjVu", readDjVu, {".djvu"}},
+    {"EPUB", readPackage, {".epub"}},
     {"Font", readFont, {".ttf", ".otf", ".pfb"}},
+    {"Image", readPicture, {".jpg", ".png", ".tif", ".webp", ".avif", ".heic"}},
+    {"Mail", readMail, {".eml"}},
     {"Movie", openMovie, {".mp4", ".mov", ".mkv", ".webm", ".avi", ".ts"}},
+    {"OfficeOpenXML", readPackage, {".docx", ".xlsx", ".pptx"}},
+    {"OpenDocument", readPackage, {".odt", ".ods", ".odp"}},
+    {"Text", readText, {".txt"}},
 };
 
 double processorMicroseconds() {
@@ -116,6 +84,7 @@ int main(int argc, char** argv) {
     }
     std::setlocale(LC_CTYPE, "C.UTF-8");  // libarchive converts names by it
     av_log_set_level(AV_LOG_QUIET);
+    if (VIPS_INIT(argv[0]) != 0) return 1;
     std::puts("| Bundle | File | importer us | library us | ratio |\n|---|---|---:|---:|---:|");
     for (const Bare& bare : kBare) {
         const std::string bundle = std::string(argv[1]) + "/" + bare.bundle + ".mdimporter";
