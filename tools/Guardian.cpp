@@ -78,10 +78,11 @@ bool Guardian::fork() {
     if (::pipe2(ends, O_CLOEXEC) != 0) {
         return false;
     }
+    const pid_t command = ::getpid();
     process_ = ::fork();
     if (process_ == 0) {
         ::close(ends[1]);
-        watch(ends[0]);
+        watch(ends[0], command);
     }
     ::close(ends[0]);
     if (process_ < 0) {
@@ -94,7 +95,7 @@ bool Guardian::fork() {
 
 // Runs in the forked process. It leaves the command's session, so that Ctrl-C and a closed terminal do not reach it,
 // and lets go of the command's files, so that a reader of its output is not kept waiting.
-void Guardian::watch(int pipe) const {
+void Guardian::watch(int pipe, pid_t command) const {
     ::setsid();
     for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGPIPE}) {
         ::signal(signal, SIG_IGN);
@@ -117,6 +118,8 @@ void Guardian::watch(int pipe) const {
     } while (count < 0 && errno == EINTR);
 
     const bool orderly = count == 1 && message == kOrderlyEnd;
+    // Variables of a process that is just being started cannot be seen yet; that it is the command's child can.
+    killSiblings(command);
     killProcessesWithVariable(variable_, !orderly);
     if (!folder_.empty()) {
         std::error_code ignored;

@@ -35,7 +35,7 @@ public:
 private:
     Guardian(std::string folder, std::string variable) : folder_(std::move(folder)), variable_(std::move(variable)) {}
     [[nodiscard]] bool fork();
-    [[noreturn]] void watch(int pipe) const;
+    [[noreturn]] void watch(int pipe, pid_t command) const;
 
     std::string folder_;
     std::string variable_;

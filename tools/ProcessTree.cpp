@@ -109,6 +109,30 @@ std::vector<pid_t> treeOf(pid_t process) {
     return tree;
 }
 
+using Handles = std::vector<std::unique_ptr<ProcessHandle>>;
+
+/// To be had of all before any is killed: once a parent is dead, its children belong to somebody else.
+Handles handlesOf(const std::vector<pid_t>& processes) {
+    Handles handles;
+    handles.reserve(processes.size());
+    for (const pid_t process : processes) {
+        handles.push_back(std::make_unique<ProcessHandle>(process));
+    }
+    return handles;
+}
+
+/// Returns when they are gone, or after a while.
+void kill(const Handles& handles) {
+    for (const auto& handle : handles) {
+        handle->kill();
+    }
+    const auto limit = std::chrono::steady_clock::now() + kLongestEnd;
+    for (const auto& handle : handles) {
+        const auto rest = std::chrono::ceil<std::chrono::milliseconds>(limit - std::chrono::steady_clock::now());
+        handle->wait(std::max(rest, 0ms));
+    }
+}
+
 /// Whether the process was started with that variable.
 bool hasVariable(pid_t process, std::string_view variable) {
     constexpr std::size_t kLongestEnvironment = 4 << 20;
@@ -142,18 +166,16 @@ std::uint64_t residentBytesOfTree(pid_t process) {
 }
 
 void killTree(pid_t process) {
-    // Handles first: once a parent is dead, its children belong to somebody else.
-    std::vector<std::unique_ptr<ProcessHandle>> handles;
-    for (const pid_t member : treeOf(process)) {
-        handles.push_back(std::make_unique<ProcessHandle>(member));
-    }
-    for (const auto& handle : handles) {
-        handle->kill();
-    }
-    const auto limit = std::chrono::steady_clock::now() + kLongestEnd;
-    for (const auto& handle : handles) {
-        const auto rest = std::chrono::ceil<std::chrono::milliseconds>(limit - std::chrono::steady_clock::now());
-        handle->wait(std::max(rest, 0ms));
+    kill(handlesOf(treeOf(process)));
+}
+
+void killSiblings(pid_t parent) {
+    std::vector<pid_t> others = treeOf(parent);
+    std::erase_if(others, [parent](pid_t member) { return member == parent || member == ::getpid(); });
+    const Handles handles = handlesOf(others);
+    // Only now is it certain whose children these are: a parent that ended has left us, and its number, to others.
+    if (::getppid() == parent) {
+        kill(handles);
     }
 }
 

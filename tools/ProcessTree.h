@@ -16,6 +16,9 @@ namespace quarry::tools {
 /// Kills the process and all its descendants, and returns when they have ended (after 5 s at most).
 void killTree(pid_t process);
 
+/// The same for the other children of `parent` and all their descendants, if it is our parent still.
+void killSiblings(pid_t parent);
+
 /// Returns when the process has ended, or after that time.
 void waitForEnd(pid_t process, std::chrono::milliseconds limit);
 
