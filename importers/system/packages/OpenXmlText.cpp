@@ -133,12 +133,18 @@ std::vector<std::string_view> partsInOrder(const ZipPackage& package, std::strin
     return parts;
 }
 
+// What holds text, in the order in which it is given: the document first, what stands beside it after that.
+constexpr std::array<std::string_view, 5> kTextParts{"word/document.xml", "word/footnotes.xml", "word/endnotes.xml",
+                                                     "word/comments.xml", "xl/sharedStrings.xml"};
+constexpr std::array<std::string_view, 6> kNumberedTextParts{"word/header",         "word/footer",
+                                                             "xl/worksheets/sheet", "xl/comments",
+                                                             "ppt/slides/slide",    "ppt/notesSlides/notesSlide"};
+
 bool isWanted(std::string_view name) {
     if (!name.ends_with(".xml")) return false;
-    return isOf(name, {"docProps/core.xml", "docProps/app.xml", "word/document.xml", "word/footnotes.xml",
-                       "word/endnotes.xml", "xl/workbook.xml", "xl/sharedStrings.xml", "ppt/presentation.xml"}) ||
-           name.starts_with("ppt/slides/slide") || name.starts_with("ppt/notesSlides/notesSlide") ||
-           name.starts_with("xl/worksheets/sheet");
+    return isOf(name, {"docProps/core.xml", "docProps/app.xml", "xl/workbook.xml", "ppt/presentation.xml"}) ||
+           std::ranges::find(kTextParts, name) != kTextParts.end() ||
+           std::ranges::any_of(kNumberedTextParts, [name](std::string_view start) { return name.starts_with(start); });
 }
 
 }  // namespace
@@ -153,10 +159,10 @@ std::optional<DocumentInformation> informationFromOpenXml(std::string_view bytes
     readCoreProperties(package.member("docProps/core.xml"), information);
     readApplicationProperties(package.member("docProps/app.xml"), information);
     RunText text(information.text);
-    for (const char* name : {"word/document.xml", "word/footnotes.xml", "word/endnotes.xml", "xl/sharedStrings.xml"}) {
+    for (const std::string_view name : kTextParts) {
         if (!package.member(name).empty()) text.read(package.member(name));
     }
-    for (const char* prefix : {"xl/worksheets/sheet", "ppt/slides/slide", "ppt/notesSlides/notesSlide"}) {
+    for (const std::string_view prefix : kNumberedTextParts) {
         for (const std::string_view name : partsInOrder(package, prefix))
             text.read(package.member(name));
     }

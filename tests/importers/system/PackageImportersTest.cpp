@@ -30,6 +30,9 @@ TEST_F(PackageImportersTest, ATextGivesItsPropertiesAndParagraphs) {
          "<w:p><w:pPr><w:tabs><w:tab/></w:tabs></w:pPr><w:del><w:r><w:delText>no</w:delText></w:r></w:del>"
          "<m:Fallback><w:r><w:t>no</w:t></w:r></m:Fallback><w:r><w:instrText>no</w:instrText><w:t>&lt;b&gt;</w:t></w:r>"
          "</w:p></w:d>"},
+        {"word/header2.xml", "<w:h xmlns:w='w'><w:p><w:r><w:t>Head</w:t></w:r></w:p></w:h>"},
+        {"word/footer1.xml", "<w:f xmlns:w='w'><w:p><w:r><w:t>Foot</w:t></w:r></w:p></w:f>"},
+        {"word/comments.xml", "<w:c xmlns:w='w'><w:comment><w:p><w:r><w:t>Remark</w:t></w:r></w:p></w:comment></w:c>"},
         {"word/footnotes.xml", "<w:f xmlns:w='w'><w:p><w:r><w:t>Note</w:t></w:r></w:p></w:f>"}};
     EXPECT_EQ(metaDataOf(make("a.docx", members)),
               (Dictionary{{u"kMDItemTitle", u"T"},
@@ -42,7 +45,7 @@ TEST_F(PackageImportersTest, ATextGivesItsPropertiesAndParagraphs) {
                           {u"kMDItemOrganizations", Array{u"C"}},
                           {u"kMDItemContentCreationDate", Date::fromUnixSeconds(1767225600)},
                           {u"kMDItemNumberOfPages", 3},
-                          {u"kMDItemTextContent", u"One\ttwo\nx\n<b>\nNote\n"}}));
+                          {u"kMDItemTextContent", u"One\ttwo\nx\n<b>\nNote\nRemark\nHead\nFoot\n"}}));
     EXPECT_TRUE(metaDataOf(make("a.dotm", members)));
 }
 
