@@ -1,6 +1,7 @@
 #include "platform/images/Image.h"
 
 #include "platform/images/FileContents.h"
+#include "platform/images/PackedDrawing.h"
 
 #include <algorithm>
 #include <cmath>
@@ -25,8 +26,9 @@ std::vector<std::unique_ptr<ImageRep>> representationsOfPixels(const Data& data,
     return representations;
 }
 
-std::vector<std::unique_ptr<ImageRep>> representationsOfData(const Data& data) {
+std::vector<std::unique_ptr<ImageRep>> representationsOfData(const Data& file) {
     std::vector<std::unique_ptr<ImageRep>> representations;
+    const Data data = unpackedDrawing(file);
     const ImageFormat format = imageFormatOf(data.span());
     std::unique_ptr<ImageRep> drawing;
     switch (format) {

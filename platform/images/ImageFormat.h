@@ -28,7 +28,7 @@ enum class ImageFormat {
 
 /// The format of the picture with these bytes (all of them; no more than the first few kilobytes are looked at, and of
 /// files in the form of TIFF the first directory). Extensions and declared types play no part. SVG is taken for it when
-/// its root element is plain text; a compressed one is not.
+/// its root element is plain text; see PackedDrawing.h for others.
 [[nodiscard]] ImageFormat imageFormatOf(std::span<const std::uint8_t> bytes) noexcept;
 
 /// Whether the picture consists of drawing operations and not of pixels.

@@ -6,6 +6,7 @@
 #include "importers/system/support/Attributes.h"
 #include "platform/images/ImageProperties.h"
 #include "platform/images/ImagesEngine.h"
+#include "platform/images/PackedDrawing.h"
 
 #include <array>
 #include <cmath>
@@ -227,7 +228,6 @@ void setDates(Attributes& attributes, const Dictionary& properties) {
                        dateOf(textOf(tiff.find(u"DateTime")), textOf(exif.find(u"OffsetTime"))));
 }
 
-/// A packed graphic keeps its words to itself: it is no XML as it stands.
 void setWords(Attributes& attributes, const halden::Data& file) {
     const auto bytes = file.span();
     const auto words = quarry::image::textOfSvg({reinterpret_cast<const char*>(bytes.data()), bytes.size()});
@@ -241,6 +241,7 @@ bool importImage(Attributes& attributes, std::string_view contentType, const cha
     if (!file) file = halden::Data::mappedContentsOfFile(path);
     const halden::ImagesEngine* engine = halden::imagesEngineStatus().engine;
     if (!file || engine == nullptr) return false;
+    file = halden::unpackedDrawing(*file);
     const halden::ImageFormat format = halden::imageFormatOf(file->span());
     const bool isDocument = format == halden::ImageFormat::pdf || format == halden::ImageFormat::postScript;
     if (format == halden::ImageFormat::unknown || isDocument) return false;

@@ -1,4 +1,5 @@
 // What the importer of pictures reports.
+#include "foundation/CompressedData.h"
 #include "tests/importers/system/SystemBundles.h"
 #include "tests/platform/images/TestPictures.h"
 
@@ -66,6 +67,8 @@ TEST_F(ImageImporterTest, AVectorGraphicGivesItsWords) {
     EXPECT_EQ(stringOf(result, u"kMDItemTitle"), u"A title");
     EXPECT_EQ(stringOf(result, u"kMDItemDescription"), u"About");
     EXPECT_EQ(stringOf(result, u"kMDItemTextContent"), u"One two\n<three\n");
+    const auto plain = halden::Data::copying(svg("", "&lt;three"));
+    EXPECT_EQ(metaData("a.svgz", halden::dataByGzippingData(plain)->view()), result);
     const auto entity = metaData("b.svg", svg("<!DOCTYPE svg [<!ENTITY a SYSTEM 'file:///etc/passwd'>]>", "&a;"));
     EXPECT_EQ(stringOf(entity, u"kMDItemTextContent"), u"(none)");
 }

@@ -1,4 +1,5 @@
 // Images, their representations, and how they are drawn.
+#include "foundation/CompressedData.h"
 #include "foundation/Path.h"
 #include "platform/images/Image.h"
 #include "tests/importers/TestBundles.h"
@@ -131,17 +132,21 @@ TEST(Image, DrawsVectorsOnWhite) {
     const std::string svg =
         "<svg xmlns='http://www.w3.org/2000/svg' width='40' height='20'><rect width='20' height='20' "
         "fill='red'/></svg>";
-    auto image = Image::initWithData(Data::copying(svg));
-    ASSERT_TRUE(image);
-    EXPECT_EQ(image->size(), (Size{40, 20}));
-    EXPECT_EQ(image->pixelSize(), (Size{40, 20}));
-    EXPECT_TRUE(image->hasAlpha());
-    image->setBackgroundColor({1, 2, 3, 255});
-    const auto drawn = image->drawInRect({200, 100});
-    ASSERT_TRUE(drawn);
-    EXPECT_EQ(pixelAt(*drawn, 50, 50), (Pixel{255, 0, 0, 255}));
-    EXPECT_EQ(pixelAt(*drawn, 150, 50), (Pixel{255, 255, 255, 255}));
-    EXPECT_EQ(image->backgroundColor().blue, 3);
+    const Data plain = Data::copying(svg);
+    for (const Data& file : {plain, *dataByGzippingData(plain)}) {
+        auto image = Image::initWithData(file);
+        ASSERT_TRUE(image);
+        EXPECT_EQ(image->size(), (Size{40, 20}));
+        EXPECT_EQ(image->pixelSize(), (Size{40, 20}));
+        EXPECT_TRUE(image->hasAlpha());
+        image->setBackgroundColor({1, 2, 3, 255});
+        const auto drawn = image->drawInRect({200, 100});
+        ASSERT_TRUE(drawn);
+        EXPECT_EQ(pixelAt(*drawn, 50, 50), (Pixel{255, 0, 0, 255}));
+        EXPECT_EQ(pixelAt(*drawn, 150, 50), (Pixel{255, 255, 255, 255}));
+        EXPECT_EQ(image->backgroundColor().blue, 3);
+    }
+    EXPECT_FALSE(Image::initWithData(*dataByGzippingData(Data::copying("no drawing"))));
 }
 
 TEST(Image, IsMadeOfABitmap) {
