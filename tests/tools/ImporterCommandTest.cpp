@@ -5,6 +5,8 @@
 #include <gmock/gmock.h>
 
 #include <filesystem>
+#include <fstream>
+#include <sstream>
 
 namespace quarry::test {
 namespace {
@@ -75,7 +77,23 @@ TEST(ImporterCommand, CheckSaysWhatIsWrong) {
     EXPECT_THAT(surroundings.run({"importer", "check", broken.string()}).out, HasSubstr("cannot be loaded"));
     fs::remove(broken / "Contents/Linux/Broken");
     EXPECT_THAT(surroundings.run({"importer", "check", broken.string()}).out, HasSubstr("has no executable"));
-    EXPECT_THAT(surroundings.run({"importer", "check", "/nowhere.mdimporter"}).out, HasSubstr("no such folder"));
+    const fs::path info = broken / "Contents/Info.plist";
+    std::ostringstream text;
+    text << std::ifstream(info).rdbuf();
+    const std::string whole = text.str();
+    const std::size_t factory = whole.find("<key>", whole.find("CFPlugInFactories") + 1) + 5;
+    const std::pair<std::string, const char*> infos[] = {
+        {std::string(whole).replace(factory, 4, "ZZZZ"), "is no UUID"},
+        {std::string(whole).replace(factory, 4, "ABCD"), "has no factory"},
+        {whole.substr(0, 50), "is no property list"},
+    };
+    for (const auto& [bytes, problem] : infos) {
+        std::ofstream(info) << bytes;
+        EXPECT_THAT(surroundings.run({"importer", "check", broken.string()}).out, HasSubstr(problem)) << bytes;
+    }
+    fs::remove(info);
+    EXPECT_THAT(surroundings.run({"importer", "check", broken.string()}).out, HasSubstr("Info.plist is missing"));
+    EXPECT_THAT(surroundings.run({"importer", "check", "/nowhere"}).out, HasSubstr("no such folder"));
 }
 
 }  // namespace

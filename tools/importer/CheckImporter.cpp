@@ -4,6 +4,7 @@
 #include "importers/ImporterPlugIn.h"
 #include "platform/bundles/Bundle.h"
 #include "platform/bundles/PlugIn.h"
+#include "platform/bundles/Uuid.h"
 #include "platform/types/ContentTypes.h"
 #include "tools/importer/Importer.h"
 
@@ -48,13 +49,17 @@ public:
     ImporterCheck take() { return std::move(check_); }
 
     void check(const std::string& path, const std::string& sample) {
+        const auto bundle = halden::Bundle::bundleWithPath(halden::stringFromPathBytes(path));
+        if (!bundle) return problem("there is no such folder");
         if (!path.ends_with(".mdimporter") && !path.ends_with(".mdimporter/")) {
             problem("the folder's name does not end with .mdimporter, so that nobody finds it");
         }
-        const auto bundle = halden::Bundle::bundleWithPath(halden::stringFromPathBytes(path));
-        if (!bundle) return problem("there is no such folder");
         const Dictionary& info = bundle->infoDictionary();
-        if (info.empty()) return problem("Contents/Info.plist is missing, or is no dictionary");
+        if (info.empty()) {
+            const bool isThere = ::access((path + "/Contents/Info.plist").c_str(), F_OK) == 0;
+            return problem(isThere ? "Contents/Info.plist is no property list with a dictionary, or an empty one"
+                                   : "Contents/Info.plist is missing");
+        }
         checkInfo(*bundle);
         checkTypes(info);
         checkFactories(info);
@@ -110,12 +115,25 @@ private:
     void checkFactories(const Dictionary& info) {
         const auto* factories = entryOf<Dictionary>(info, u"CFPlugInFactories");
         const auto* types = entryOf<Dictionary>(info, u"CFPlugInTypes");
-        if (factories == nullptr || factories->empty()) problem("CFPlugInFactories names no function");
-        const bool isImporter =
-            types != nullptr && std::ranges::any_of(*types, [](const auto& entry) {
-                return lowered(std::u16string(entry.key)) == lowered(std::u16string(kImporterType));
-            });
-        if (!isImporter) problem("CFPlugInTypes lacks the type " + utf8(kImporterType));
+        if (factories == nullptr || factories->empty()) return problem("CFPlugInFactories names no function");
+        for (const auto& [key, function] : *factories) {
+            if (!halden::Uuid::fromString(key)) problem("CFPlugInFactories: " + utf8(key) + " is no UUID");
+            if (function.as<std::u16string>() == nullptr) problem("CFPlugInFactories: no function for " + utf8(key));
+        }
+        if (types == nullptr) return problem("CFPlugInTypes is missing");
+        const Array* listed = nullptr;
+        for (const auto& [key, value] : *types) {
+            if (lowered(key) == lowered(std::u16string(kImporterType))) listed = value.as<Array>();
+        }
+        if (listed == nullptr) return problem("CFPlugInTypes lacks the type " + utf8(kImporterType));
+        for (const Value& factory : *listed) {
+            const auto* key = factory.as<std::u16string>();
+            const bool isNamed = key != nullptr && std::ranges::any_of(*factories, [key](const auto& entry) {
+                                     return lowered(entry.key) == lowered(*key);
+                                 });
+            if (!isNamed)
+                problem("CFPlugInTypes: CFPlugInFactories has no factory " + (key != nullptr ? utf8(*key) : "for it"));
+        }
     }
 
     /// In a child, which is all that a crash takes with it.
