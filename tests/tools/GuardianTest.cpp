@@ -1,4 +1,5 @@
 #include "tools/Guardian.h"
+#include "tools/ProcessTree.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -128,6 +129,20 @@ TEST_F(GuardianTest, OthersAreLeftAlone) {
     ::waitpid(started.command, nullptr, 0);
     EXPECT_EQ(::kill(other.child, 0), 0);
     EXPECT_TRUE(std::filesystem::exists(other.folder));
+    ::kill(other.command, SIGKILL);
+    EXPECT_TRUE(ends(other.child));
+}
+
+// A parent that has ended may have left its number to others.
+TEST_F(GuardianTest, ChildrenOfOthersAreNoSiblings) {
+    const Started other = startCommand(false, [](Guardian&) { ::pause(); });
+    const pid_t stranger = ::fork();
+    if (stranger == 0) {
+        killSiblings(other.command);
+        ::_exit(0);
+    }
+    ::waitpid(stranger, nullptr, 0);
+    EXPECT_EQ(::kill(other.child, 0), 0);
     ::kill(other.command, SIGKILL);
     EXPECT_TRUE(ends(other.child));
 }
