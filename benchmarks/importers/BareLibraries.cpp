@@ -149,8 +149,12 @@ void readDjVu(const char* path) {
 }
 
 void readPicture(const char* path) {
-    VipsImage* const header = vips_image_new_from_file(path, nullptr);
-    if (header != nullptr) g_object_unref(header);
+    // The importer reads the headers of JPEG and PNG itself.
+    const std::string_view name(path);
+    if (!name.ends_with(".jpg") && !name.ends_with(".png")) {
+        VipsImage* const header = vips_image_new_from_file(path, nullptr);
+        if (header != nullptr) g_object_unref(header);
+    }
     const auto image = Exiv2::ImageFactory::open(path);
     image->readMetadata();
 }
