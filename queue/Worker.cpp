@@ -1,15 +1,18 @@
 #include "queue/Worker.h"
 
-#include "foundation/Data.h"
 #include "foundation/Json.h"
 #include "queue/WorkMessage.h"
 #include "tools/Output.h"
 
+#include <fcntl.h>
 #include <fmt/format.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <chrono>
+#include <optional>
 #include <thread>
 #include <utility>
 
@@ -27,10 +30,36 @@ constexpr auto kBeat = 200ms;
 constexpr int kBeatsToSignOfLife = 10;
 constexpr int kBeatsToAdvisories = 10;
 constexpr double kDrainSeconds = 60;
+constexpr std::uint64_t kLargestShard = std::uint64_t{256} << 20;  // bytes
 constexpr double kDrainAfterProblemSeconds = 3;
 
 bool isDead(BatchStatus status) noexcept {
     return status >= BatchStatus::timeout;  // and crash, oom, error
+}
+
+/// Of a file that may be far larger than the memory. Nothing where it does not reach so far.
+std::optional<std::string> linesOf(const Shard& shard) {
+    const int file = ::open(shard.path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+    struct stat status {};
+    const bool isFile = file >= 0 && ::fstat(file, &status) == 0 && S_ISREG(status.st_mode);
+    const auto size = isFile ? static_cast<std::uint64_t>(status.st_size) : 0;
+    std::optional<std::string> lines;
+    if (isFile && shard.length <= kLargestShard && shard.offset <= size && shard.length <= size - shard.offset) {
+        lines.emplace(shard.length, '\0');
+    }
+    for (std::size_t done = 0; lines && done < lines->size();) {
+        const ssize_t count =
+            ::pread(file, lines->data() + done, lines->size() - done, static_cast<off_t>(shard.offset + done));
+        if (count > 0) {
+            done += static_cast<std::size_t>(count);
+        } else if (count == 0 || errno != EINTR) {
+            lines.reset();
+        }
+    }
+    if (file >= 0) {
+        ::close(file);
+    }
+    return lines;
 }
 
 }  // namespace
@@ -206,8 +235,8 @@ void Worker::carryOut(tools::BatchSlot& slot, const DeliveryPointer& delivery) {
 
 void Worker::carryOutShard(tools::BatchSlot& slot, const DeliveryPointer& delivery, const Shard& shard) {
     const auto* operation = tools::findBatchOperation(options_.operation);
-    const auto data = halden::Data::contentsOfFile(shard.path);
-    if (!data || shard.offset > data->length() || shard.length > data->length() - shard.offset) {
+    const std::optional<std::string> lines = linesOf(shard);
+    if (!lines) {
         BatchRequest request;
         request.number = delivery->sequence;
         request.id = halden::Value(static_cast<std::int64_t>(delivery->sequence));
@@ -219,7 +248,7 @@ void Worker::carryOutShard(tools::BatchSlot& slot, const DeliveryPointer& delive
         keep(delivery, {delivery->sequence, 0}, request, std::move(outcome));
         return;
     }
-    std::string_view text = data->view().substr(shard.offset, shard.length);
+    std::string_view text = *lines;
     for (std::uint64_t line = 0; !text.empty() && !ended_; ++line) {
         const std::size_t end = text.find('\n');
         BatchRequest request = tools::batchRequestFromJson(text.substr(0, end), shard.first + line, *operation);

@@ -1,6 +1,7 @@
 // Jobs on a real message server, which runs on the loopback address, and everything that may end meanwhile.
 #include "queue/Job.h"
 #include "queue/Nats.h"
+#include "queue/WorkMessage.h"
 #include "tests/queue/QueueFixture.h"
 
 #include <gtest/gtest.h>
@@ -10,6 +11,7 @@
 #include <algorithm>
 #include <chrono>
 #include <csignal>
+#include <fstream>
 #include <random>
 #include <thread>
 
@@ -69,6 +71,31 @@ TEST_F(Queue, RequestsMayBeReferredToByTheFileTheyStandIn) {
               "quarry: 3 submitted, 0 of them were there before\n");
     EXPECT_EQ(surroundings_.run({"worker", "-j", "2", "--until-empty", "--output", "here"}).status, 0);
     expectOneResultEach("here", 25);
+}
+
+// The worker reads the lines that it is asked for and nothing around them.
+TEST_F(Queue, AFileOfRequestsMayBeLargerThanTheMemory) {
+    documents(2);
+    ASSERT_EQ(surroundings_.run({"submit", "documents/0.good"}).status, 0);
+    const auto file = surroundings_.write("requests", "");
+    const std::uint64_t start = std::uint64_t{1} << 36;
+    std::filesystem::resize_file(file, start);
+    const std::string line = "{\"path\": \"" + (surroundings_.folder() / "documents/1.good").string() + "\"}\n";
+    std::ofstream(file, std::ios::binary | std::ios::app) << line;
+    {
+        queue::ServerOptions options;
+        options.url = "nats://127.0.0.1:" + std::to_string(port_);
+        const queue::Connection connection(options);
+        const queue::ContextOwner context = connection.context();
+        const std::string text =
+            queue::messageOf(queue::Shard{.path = file, .offset = start, .length = line.size(), .first = 1});
+        jsErrCode code{};
+        queue::check(js_Publish(nullptr, context.get(), "quarry.default.work", text.data(),
+                                static_cast<int>(text.size()), nullptr, &code),
+                     "publish", code);
+    }
+    EXPECT_EQ(surroundings_.run({"worker", "--until-empty", "--output", "here"}).status, 0);
+    expectOneResultEach("here", 2);
 }
 
 // Workers, helpers and the server are killed at any moment.
